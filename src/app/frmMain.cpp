@@ -1,0 +1,297 @@
+// The main window's construction, start-up, skin, board display and status
+// line. Moves and commands have files of their own.
+#include "frmMain.h"
+
+#include "FormGeometry.h"
+#include "ImageControl.h"
+#include "files/Settings.h"
+#include "skin/PictureLoader.h"
+#include "skin/SkinLayout.h"
+
+#include <QCloseEvent>
+#include <QDir>
+#include <QLabel>
+#include <QMenuBar>
+
+namespace {
+
+QString JoinLines(std::initializer_list<QString> lines)
+{
+    return QStringList(lines).join(QStringLiteral("\r\n"));
+}
+
+} // namespace
+
+frmMain::frmMain(Platform &platform, const QString &programFolder)
+    : levels(ClearedLevels())
+    , platform_(platform)
+    , folder_(programFolder)
+{
+    setWindowTitle(QStringLiteral("Quorvel"));
+    // A fixed border and no maximize button: the layout is absolute.
+    setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+                   | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint
+                   | Qt::MSWindowsFixedSizeDialogHint);
+    auto *client = new QWidget(this);
+    client->setFixedSize(PxSize(6120, 6075));
+    setCentralWidget(client);
+    BuildMenus();
+    BuildImages();
+    setFixedSize(sizeHint());
+}
+
+frmMain::~frmMain() = default;
+
+void frmMain::BuildMenus()
+{
+    QMenu *mnuFile = menuBar()->addMenu(QStringLiteral("&File"));
+    mnuNewGame = mnuFile->addAction(QStringLiteral("&New Game"), this, &frmMain::mnuNewGame_Click);
+    mnuLoadGame = mnuFile->addAction(QStringLiteral("&Load Game"), this, &frmMain::mnuLoadGame_Click);
+    mnuSaveGame = mnuFile->addAction(QStringLiteral("&Save Game"), this, &frmMain::mnuSaveGame_Click);
+    mnuFile->addSeparator();
+    mnuSetSkin = mnuFile->addAction(QStringLiteral("Set S&kin"), this, &frmMain::mnuSetSkin_Click);
+    mnuFile->addSeparator();
+    mnuExit = mnuFile->addAction(QStringLiteral("E&xit"), this, &frmMain::mnuExit_Click);
+    QMenu *mnuHelp = menuBar()->addMenu(QStringLiteral("&Help"));
+    mnuHTP = mnuHelp->addAction(QStringLiteral("H&ow to Play"), this, &frmMain::mnuHTP_Click);
+    mnuHelp->addSeparator();
+    mnuAbout = mnuHelp->addAction(QStringLiteral("&About"), this, &frmMain::mnuAbout_Click);
+    mnuFile->setObjectName(QStringLiteral("mnuFile"));
+    mnuHelp->setObjectName(QStringLiteral("mnuHelp"));
+}
+
+void frmMain::BuildImages()
+{
+    QWidget *client = centralWidget();
+    // Created in drawing order: the frame below the blocks, the banner on top.
+    imgUpFrame = new ImageControl(client);
+    imgLeftFrame = new ImageControl(client);
+    imgRightFrame = new ImageControl(client);
+    imgExit = new ImageControl(client);
+    imgTitle = new ImageControl(client);
+    for (int16_t i = 0; i < PieceCount; ++i)
+        imgPieces[i] = new BlockImage(*this, i, client);
+    imgCong = new ImageControl(client);
+
+    QFont font(QStringLiteral("Sans Serif"));
+    font.setStyleHint(QFont::SansSerif);
+    font.setPointSizeF(9.75);
+    font.setWeight(QFont::Normal);
+    lblStatus = new QLabel(client);
+    lblStatus->setGeometry(PxRect(120, 5640, 2895, 375));
+    lblSteps = new QLabel(client);
+    lblSteps->setGeometry(PxRect(3000, 5640, 3015, 375));
+    for (QLabel *label : { lblStatus, lblSteps }) {
+        label->setFont(font);
+        label->setTextFormat(Qt::PlainText);
+        label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    }
+}
+
+QString frmMain::LevelPath() const
+{
+    return folder_ + QStringLiteral("/QVL.ZHN");
+}
+
+QString frmMain::SkinPath(const QString &skinName) const
+{
+    return folder_ + QStringLiteral("/skins/") + skinName;
+}
+
+QString frmMain::SettingsPath() const
+{
+    return folder_ + QStringLiteral("/qvl.ini");
+}
+
+void frmMain::Form_Load()
+{
+    show();
+    const ScreenMetrics screen = Screen();
+    const QSize outer = frameGeometry().size();
+    const int left = CentredOrigin(0, screen.width, outer.width() * screen.unitsPerPixelX);
+    const int top = CentredOrigin(0, screen.height, outer.height() * screen.unitsPerPixelY);
+    move(RoundHalfEven(left / screen.unitsPerPixelX), RoundHalfEven(top / screen.unitsPerPixelY));
+    mnuSaveGame->setEnabled(false);
+    ReadSettings();
+    HideBoard();
+    LoadLevels();
+    if (ended_)
+        return;
+    ApplySkin(absFilename);
+    if (ended_)
+        return;
+    game.steps = 0;
+    gameChanged = false;
+}
+
+void frmMain::ReadSettings()
+{
+    // Start-up has made sure the file exists; should it have gone since, the
+    // empty setting takes the skin error path.
+    ReadSkinSetting(SettingsPath(), absFilename);
+}
+
+void frmMain::LoadLevels()
+{
+    const FileError error = ReadLevelFile(LevelPath(), levels);
+    if (!error)
+        return;
+    platform_.MsgBox(
+        this,
+        JoinLines({ QStringLiteral("An error has occurred while attempting loading data file"),
+                    QDir::toNativeSeparators(folder_ + QStringLiteral("/QVL.zhn")),
+                    QString::number(error.number) + QLatin1Char(' ') + error.description }),
+        Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Error"));
+    EndProgram();
+}
+
+void frmMain::ApplySkin(const QString &skinName)
+{
+    const QString path = SkinPath(skinName);
+    bool cut = false;
+    if (IsPlainFileName(skinName)) {
+        piclipSkin.SetPicture(LoadPicture(path));
+        cut = !piclipSkin.Picture().isNull();
+        for (const SkinArea &area : SkinAreas) {
+            if (!cut)
+                break;
+            piclipSkin.SetClip(area.rect);
+            const QPixmap picture = piclipSkin.Clip();
+            cut = !picture.isNull();
+            if (!cut)
+                break;
+            switch (area.target) {
+            case SkinTarget::UpFrame:
+                imgUpFrame->SetPicture(picture);
+                break;
+            case SkinTarget::LeftFrame:
+                imgLeftFrame->SetPicture(picture);
+                break;
+            case SkinTarget::RightFrame:
+                imgRightFrame->SetPicture(picture);
+                break;
+            case SkinTarget::Exit:
+                imgExit->SetPicture(picture);
+                break;
+            case SkinTarget::Title:
+                imgTitle->SetPicture(picture);
+                break;
+            case SkinTarget::Cong:
+                imgCong->SetPicture(picture);
+                break;
+            default:
+                imgPieces[area.piece]->SetPicture(picture);
+                break;
+            }
+        }
+    }
+    if (!cut) {
+        platform_.MsgBox(
+            this,
+            JoinLines({ QStringLiteral("An error has occurred while attempting to load picture "),
+                        QDir::toNativeSeparators(path),
+                        QStringLiteral("Make sure the picture exists and is of a correct format.") }),
+            Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - ERROR"));
+        EndProgram();
+        return;
+    }
+    if (const FileError error = WriteSkinSetting(SettingsPath(), skinName))
+        platform_.MsgBox(
+            this,
+            JoinLines({ QStringLiteral("An error has occurred while attempting to save the skin setting"),
+                        QDir::toNativeSeparators(SettingsPath()), error.description }),
+            Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Error"));
+}
+
+void frmMain::PositionFrame()
+{
+    const ScreenMetrics s = Screen();
+    const auto place = [&s](ImageControl *image, int16_t x, int16_t y) {
+        image->SetLeft(UnitsOf(x, s.unitsPerPixelX), s.unitsPerPixelX);
+        image->SetTop(UnitsOf(y, s.unitsPerPixelY), s.unitsPerPixelY);
+    };
+    place(imgUpFrame, 10, 10);
+    place(imgLeftFrame, 10, 30);
+    place(imgRightFrame, 270, 30);
+    place(imgExit, 10, 330);
+    place(imgTitle, 310, 10);
+}
+
+void frmMain::PlacePieces()
+{
+    game.MarkAllPieces();
+    PositionFrame();
+    const ScreenMetrics s = Screen();
+    for (int16_t i = 0; i < PieceCount; ++i) {
+        imgPieces[i]->SetLeft(LayoutEdge(game.pieces[i].col, s.unitsPerPixelX), s.unitsPerPixelX);
+        imgPieces[i]->SetTop(LayoutEdge(game.pieces[i].row, s.unitsPerPixelY), s.unitsPerPixelY);
+    }
+}
+
+void frmMain::ShowBoard()
+{
+    for (BlockImage *image : imgPieces)
+        image->show();
+    for (ImageControl *image : { imgUpFrame, imgLeftFrame, imgRightFrame, imgExit, imgTitle })
+        image->show();
+}
+
+void frmMain::HideBoard()
+{
+    for (BlockImage *image : imgPieces)
+        image->hide();
+    for (ImageControl *image : { imgUpFrame, imgLeftFrame, imgRightFrame, imgExit, imgTitle, imgCong })
+        image->hide();
+}
+
+void frmMain::ShowCongratulation()
+{
+    const ScreenMetrics s = Screen();
+    const QSize inner = centralWidget()->size();
+    imgCong->SetLeft(float(CentredOrigin(0, inner.width() * s.unitsPerPixelX,
+                                         imgCong->WidthUnits(s.unitsPerPixelX))),
+                     s.unitsPerPixelX);
+    imgCong->SetTop(float(CentredOrigin(0, inner.height() * s.unitsPerPixelY,
+                                        imgCong->HeightUnits(s.unitsPerPixelY))),
+                    s.unitsPerPixelY);
+    imgCong->show();
+    gameChanged = false;
+    mnuSaveGame->setEnabled(false);
+}
+
+void frmMain::ShowStatus()
+{
+    const int16_t number = int16_t(game.levelIndex + 1);
+    lblStatus->setText(QStringLiteral("Level: ") + QString::number(number) + QStringLiteral(" - ")
+                       + levels[game.levelIndex].levelName);
+    lblSteps->setText(QStringLiteral("Steps: ") + QString::number(game.steps));
+}
+
+void frmMain::SetUpBoard(const Layout &codes)
+{
+    game.ClearBoard();
+    game.DecodePositions(codes);
+    PlacePieces();
+    ShowBoard();
+    ShowStatus();
+}
+
+void frmMain::EndProgram()
+{
+    ending_ = true;
+    close();
+    ended_ = true;
+    // Whatever the close prompt answered, the program ends here.
+    if (isVisible())
+        hide();
+}
+
+void frmMain::closeEvent(QCloseEvent *event)
+{
+    bool cancel = false;
+    Form_QueryUnload(cancel);
+    if (cancel && !ending_)
+        event->ignore();
+    else
+        event->accept();
+}

@@ -1,0 +1,224 @@
+// The menu commands: new game, saving and loading, skins, leaving, help and
+// about. Each asks its questions through the platform and changes the game
+// only once every answer and every file has been checked.
+#include "ImageControl.h"
+#include "dialogs/frmAbout.h"
+#include "dialogs/frmFile.h"
+#include "dialogs/frmLevel.h"
+#include "files/SavedGame.h"
+#include "frmMain.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QListWidget>
+#include <QPushButton>
+
+namespace {
+
+const QString SavePrompt = QStringLiteral("Would you like to save the current game?");
+
+} // namespace
+
+void frmMain::mnuNewGame_Click()
+{
+    NewGame();
+}
+
+void frmMain::NewGame()
+{
+    if (gameChanged) {
+        const Answer answer = platform_.MsgBox(this, SavePrompt, Buttons::YesNoCancel,
+                                               Icon::Question, QStringLiteral("Quorvel - New Game"));
+        if (answer == Answer::Cancel)
+            return;
+        if (answer == Answer::Yes)
+            mnuSaveGame_Click();
+    }
+    {
+        frmLevel chooser(*this);
+        for (int i = 0; i < LevelCount; ++i)
+            chooser.lisLevel->addItem(QStringLiteral("Level ") + QString::number(i + 1)
+                                      + QStringLiteral(" - ") + levels[i].levelName);
+        chooser.exec();
+    }
+    if (newLevel <= -1)
+        return;
+    const std::string damage = CheckLayout(levels[newLevel].codes);
+    if (!damage.empty()) {
+        platform_.MsgBox(this,
+                         QStringLiteral("Level %1 cannot be played: its layout is damaged.\r\n")
+                                 .arg(newLevel + 1)
+                             + QString::fromStdString(damage) + QLatin1Char('.'),
+                         Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - New Game"));
+        return;
+    }
+    imgCong->hide();
+    gameChanged = false;
+    game.levelIndex = newLevel;
+    game.steps = 0;
+    mnuSaveGame->setEnabled(true);
+    SetUpBoard(levels[game.levelIndex].codes);
+}
+
+void frmMain::mnuSaveGame_Click()
+{
+    SaveGame();
+}
+
+void frmMain::IsValidGameName(const QString &name, bool &ok) const
+{
+    ok = true;
+    for (const QChar character : name) {
+        if (IsForbiddenNameCharacter(character)) {
+            ok = false;
+            break;
+        }
+    }
+}
+
+void frmMain::SavedGameExists(const QString &name, bool &exists) const
+{
+    // A name with a folder separator names no file of the saved-games folder.
+    exists = !name.contains(QLatin1Char('/'))
+        && QFileInfo(SavedGamePath(folder_, name)).isFile();
+}
+
+void frmMain::SaveGame()
+{
+    enum class State { Asking, Write, GiveUp };
+    const QString title = QStringLiteral("Quorvel - Saving");
+    QString name;
+    State state = State::Asking;
+    while (state == State::Asking) {
+        name = platform_.InputBox(this, QStringLiteral("What is the name of the game?"),
+                                  QStringLiteral("Quorvel - Saving Game"), name);
+        bool valid = false;
+        bool exists = false;
+        if (name.isEmpty()) {
+            if (platform_.MsgBox(this, QStringLiteral("Are you sure you want to proceed without saving?"),
+                                 Buttons::YesNo, Icon::Question, title)
+                == Answer::Yes)
+                state = State::GiveUp;
+        } else if (name.size() > MaxGameNameLength) {
+            platform_.MsgBox(this,
+                             QStringLiteral("Name too long.\r\nPlease limit the name to 32 characters."),
+                             Buttons::Ok, Icon::Exclamation, title);
+        } else if (IsValidGameName(name, valid), !valid) {
+            platform_.MsgBox(this, QStringLiteral("Illegal characters found in the name."),
+                             Buttons::Ok, Icon::Exclamation, title);
+        } else if (SavedGameExists(name, exists), exists) {
+            if (platform_.MsgBox(this, QStringLiteral("File already exists. Overwrite it?"),
+                                 Buttons::YesNo, Icon::Question, title)
+                == Answer::Yes)
+                state = State::Write;
+        } else {
+            state = State::Write;
+        }
+    }
+    if (state == State::GiveUp)
+        return;
+    const SavedGameRecord record = BuildSavedGame(game, levels[game.levelIndex].levelName);
+    const QString path = SavedGamePath(folder_, name);
+    // The platform cannot hold a folder separator in a file name: such a name
+    // fails like any other refused write, and nothing lands outside the folder.
+    const bool written = !name.contains(QLatin1Char('/')) && !WriteSavedGame(path, record);
+    if (written) {
+        gameChanged = false;
+        return;
+    }
+    platform_.MsgBox(this,
+                     QStringLiteral("An error occurred while attempting saving game data\r\n")
+                         + QDir::toNativeSeparators(path) + QStringLiteral("\r\nGame not saved."),
+                     Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Saving Error"));
+}
+
+void frmMain::mnuLoadGame_Click()
+{
+    if (gameChanged) {
+        const Answer answer = platform_.MsgBox(this, SavePrompt, Buttons::YesNoCancel,
+                                               Icon::Question, QStringLiteral("Quorvel - Load game"));
+        if (answer == Answer::Cancel)
+            return;
+        if (answer == Answer::Yes)
+            mnuSaveGame_Click();
+    }
+    gameChanged = false;
+    {
+        frmFile chooser(*this);
+        chooser.bytFlag = 1;
+        chooser.setWindowTitle(QStringLiteral("Load Game"));
+        chooser.cmdSet->setText(QStringLiteral("Load Game"));
+        chooser.SetFolder(folder_ + QStringLiteral("/saved/"));
+        chooser.SetPattern(QStringLiteral("*.sav"));
+        chooser.exec();
+    }
+    if (absFilename.isEmpty())
+        return;
+    // The record is read, closed and checked before anything in the game
+    // changes, so a damaged file leaves the game on the board as it was.
+    SavedGameRecord record;
+    const QString damage = ReadSavedGame(absFilename, record);
+    if (!damage.isEmpty()) {
+        platform_.MsgBox(this,
+                         QStringLiteral("The saved game cannot be loaded:\r\n")
+                             + QDir::toNativeSeparators(absFilename) + QStringLiteral("\r\n") + damage,
+                         Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Load game"));
+        return;
+    }
+    imgCong->hide();
+    game.steps = record.steps;
+    game.levelIndex = record.levelIndex;
+    levels[game.levelIndex].levelName = record.levelName;
+    mnuSaveGame->setEnabled(true);
+    SetUpBoard(record.codes);
+}
+
+void frmMain::mnuSetSkin_Click()
+{
+    {
+        frmFile chooser(*this);
+        chooser.bytFlag = 2;
+        chooser.setWindowTitle(QStringLiteral("Load Skin"));
+        chooser.cmdSet->setText(QStringLiteral("Set Skin"));
+        chooser.SetFolder(folder_ + QStringLiteral("/skins/"));
+        chooser.SetPattern(QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
+        chooser.exec();
+    }
+    if (!absFilename.isEmpty())
+        ApplySkin(absFilename);
+}
+
+void frmMain::mnuExit_Click()
+{
+    close();
+}
+
+void frmMain::Form_QueryUnload(bool &Cancel)
+{
+    Cancel = false;
+    if (!gameChanged)
+        return;
+    const Answer answer = platform_.MsgBox(this, SavePrompt, Buttons::YesNoCancel, Icon::Question,
+                                           QStringLiteral("Quorvel - Exit"));
+    if (answer == Answer::Cancel)
+        Cancel = true;
+    else if (answer == Answer::Yes)
+        mnuSaveGame_Click();
+}
+
+void frmMain::mnuHTP_Click()
+{
+    const QString path = folder_ + QStringLiteral("/qvl.html");
+    if (platform_.OpenDocument(path))
+        return;
+    platform_.MsgBox(this,
+                     QStringLiteral("Unable to open ") + QDir::toNativeSeparators(path)
+                         + QStringLiteral(" automatically.\r\nPlease open the file manually."),
+                     Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Help"));
+}
+
+void frmMain::mnuAbout_Click()
+{
+    frmAbout box(*this);
+    box.exec();
+}

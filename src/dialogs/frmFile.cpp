@@ -1,0 +1,104 @@
+#include "frmFile.h"
+
+#include "DialogPlacement.h"
+#include "app/FormGeometry.h"
+#include "app/frmMain.h"
+
+#include <QDir>
+#include <QListWidget>
+#include <QPushButton>
+
+QStringList ListMatchingFiles(const QString &folder, const QString &pattern)
+{
+    QDir dir(folder);
+    if (folder.isEmpty() || !dir.exists())
+        return {};
+    dir.setNameFilters(pattern.split(QLatin1Char(';'), Qt::SkipEmptyParts));
+    dir.setFilter(QDir::Files);
+    dir.setSorting(QDir::Name | QDir::IgnoreCase);
+    return dir.entryList();
+}
+
+frmFile::frmFile(frmMain &main)
+    : QDialog(&main, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+                        | Qt::WindowCloseButtonHint | Qt::MSWindowsFixedSizeDialogHint)
+    , main_(main)
+{
+    setWindowTitle(QStringLiteral("File"));
+    setFixedSize(PxSize(5190, 3675));
+    filList = new QListWidget(this);
+    filList->setGeometry(PxRect(8, 0, 5175, 2820));
+    filList->setSelectionMode(QAbstractItemView::SingleSelection);
+    cmdSet = new QPushButton(QStringLiteral("Set"), this);
+    cmdSet->setGeometry(PxRect(604, 3000, 1695, 495));
+    cmdCancel = new QPushButton(QStringLiteral("Cancel"), this);
+    cmdCancel->setGeometry(PxRect(2891, 3000, 1695, 495));
+    // Return confirms the chosen file rather than cancelling, although Cancel
+    // comes first in the tab order.
+    cmdCancel->setAutoDefault(false);
+    setTabOrder(filList, cmdCancel);
+    setTabOrder(cmdCancel, cmdSet);
+    filList->setFocus();
+    connect(cmdSet, &QPushButton::clicked, this, &frmFile::cmdSet_Click);
+    connect(cmdCancel, &QPushButton::clicked, this, &frmFile::cmdCancel_Click);
+    Form_Load();
+}
+
+void frmFile::Form_Load()
+{
+    const ScreenMetrics s = main_.Screen();
+    CentreOver(*this, main_, s.unitsPerPixelX, s.unitsPerPixelY);
+}
+
+void frmFile::SetFolder(const QString &folder)
+{
+    folder_ = folder;
+    while (folder_.size() > 1 && folder_.endsWith(QLatin1Char('/')))
+        folder_.chop(1);
+    Refresh();
+}
+
+void frmFile::SetPattern(const QString &pattern)
+{
+    pattern_ = pattern;
+    Refresh();
+}
+
+void frmFile::Refresh()
+{
+    filList->clear();
+    filList->addItems(ListMatchingFiles(folder_, pattern_));
+}
+
+void frmFile::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    Form_Activate();
+}
+
+void frmFile::Form_Activate()
+{
+    if (filList->count() == 0)
+        cmdSet->setEnabled(false);
+}
+
+void frmFile::cmdSet_Click()
+{
+    const QList<QListWidgetItem *> selected = filList->selectedItems();
+    if (selected.isEmpty())
+        return;
+    const QString name = selected.first()->text();
+    main_.absFilename = bytFlag == 1 ? folder_ + QLatin1Char('/') + name : name;
+    accept();
+}
+
+void frmFile::cmdCancel_Click()
+{
+    main_.absFilename.clear();
+    QDialog::reject();
+}
+
+void frmFile::reject()
+{
+    cmdCancel_Click();
+}

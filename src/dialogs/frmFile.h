@@ -1,0 +1,53 @@
+// The file chooser: the files of one folder that match a pattern, for
+// loading a game (bytFlag 1, answers the full path) or choosing a skin (any
+// other bytFlag, answers the bare name). The answer goes into the main
+// window's absFilename; empty means Cancel.
+#pragma once
+
+#include <QDialog>
+
+#include <cstdint>
+
+class QListWidget;
+class QPushButton;
+class frmMain;
+
+class frmFile : public QDialog
+{
+    Q_OBJECT
+public:
+    explicit frmFile(frmMain &main);
+
+    uint8_t bytFlag = 0;
+    QListWidget *filList = nullptr;
+    QPushButton *cmdSet = nullptr;
+    QPushButton *cmdCancel = nullptr;
+
+    // The file list's folder and its ";"-separated wildcard masks; setting
+    // either lists the folder anew.
+    void SetFolder(const QString &folder);
+    void SetPattern(const QString &pattern);
+    const QString &Folder() const { return folder_; }
+
+    void Form_Load();
+    void Form_Activate();
+    void cmdSet_Click();
+    void cmdCancel_Click();
+
+    void reject() override;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void Refresh();
+
+    frmMain &main_;
+    QString folder_;
+    QString pattern_ = QStringLiteral("*.*");
+};
+
+// The names of the regular files in `folder` that match any mask of
+// `pattern`, without regard to case, sorted the same way. A folder that does
+// not exist lists nothing.
+QStringList ListMatchingFiles(const QString &folder, const QString &pattern);

@@ -1,0 +1,77 @@
+#include "SavedGame.h"
+
+#include "Bytes.h"
+#include "CodePage.h"
+#include "LevelFile.h"
+
+SavedGameRecord BuildSavedGame(const GameState &game, const QString &levelName)
+{
+    SavedGameRecord record;
+    record.levelIndex = game.levelIndex;
+    record.levelName = levelName;
+    record.steps = game.steps;
+    record.codes = game.EncodePositions();
+    return record;
+}
+
+QByteArray SerializeSavedGame(const SavedGameRecord &record)
+{
+    QByteArray bytes;
+    bytes.reserve(SavedGameSize);
+    AppendInt32(bytes, record.steps);
+    AppendInt16(bytes, record.levelIndex);
+    bytes.append(FixedText(record.levelName, LevelNameLength));
+    for (const int16_t code : record.codes)
+        AppendInt16(bytes, code);
+    return bytes;
+}
+
+QString ParseSavedGame(const QByteArray &bytes, SavedGameRecord &record)
+{
+    if (bytes.size() < SavedGameSize)
+        return QStringLiteral("The file holds %1 bytes; a saved game has %2.")
+            .arg(bytes.size())
+            .arg(int(SavedGameSize));
+    SavedGameRecord read;
+    read.steps = ReadInt32(bytes, 0);
+    read.levelIndex = ReadInt16(bytes, 4);
+    read.levelName = FromAnsi(bytes.mid(6, LevelNameLength));
+    for (int p = 0; p < PieceCount; ++p)
+        read.codes[p] = ReadInt16(bytes, 16 + 2 * p);
+    if (read.levelIndex < 0 || read.levelIndex >= LevelCount)
+        return QStringLiteral("It names level %1; the levels are numbered 1 to %2.")
+            .arg(int(read.levelIndex) + 1)
+            .arg(int(LevelCount));
+    if (read.steps < 0)
+        return QStringLiteral("Its step count %1 is negative.").arg(read.steps);
+    const std::string layoutError = CheckLayout(read.codes);
+    if (!layoutError.empty())
+        return QStringLiteral("Its layout is damaged: %1.").arg(QString::fromStdString(layoutError));
+    record = read;
+    return {};
+}
+
+QString ReadSavedGame(const QString &path, SavedGameRecord &record)
+{
+    QByteArray bytes;
+    if (FileError error = ReadFileStart(path, SavedGameSize, bytes))
+        return QStringLiteral("It cannot be read: %1.").arg(error.description);
+    return ParseSavedGame(bytes, record);
+}
+
+FileError WriteSavedGame(const QString &path, const SavedGameRecord &record)
+{
+    return WriteFileStart(path, SerializeSavedGame(record));
+}
+
+bool IsForbiddenNameCharacter(QChar character)
+{
+    const int code = AnsiCode(character);
+    return code < 32 || code == '"' || code == '\\' || code == '*' || code == '?' || code == '.'
+        || code == ':' || code == 255;
+}
+
+QString SavedGamePath(const QString &programFolder, const QString &name)
+{
+    return programFolder + QStringLiteral("/saved/") + name + QStringLiteral(".sav");
+}

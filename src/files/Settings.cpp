@@ -1,0 +1,56 @@
+#include "Settings.h"
+
+#include "CodePage.h"
+
+namespace {
+
+// Far longer than any file name; the rest of a huge file is never read.
+constexpr qint64 SettingsReadLimit = 64 * 1024;
+
+qsizetype LineEnd(const QByteArray &content, qsizetype from)
+{
+    qsizetype end = from;
+    while (end < content.size() && content[end] != '\r' && content[end] != '\n')
+        ++end;
+    return end;
+}
+
+} // namespace
+
+QString FirstField(const QByteArray &content)
+{
+    qsizetype start = 0;
+    while (start < content.size() && content[start] == ' ')
+        ++start;
+    const qsizetype lineEnd = LineEnd(content, start);
+    if (start < content.size() && content[start] == '"') {
+        const qsizetype close = content.indexOf('"', start + 1);
+        const qsizetype end = (close < 0 || close > lineEnd) ? lineEnd : close;
+        return FromAnsi(content.mid(start + 1, end - start - 1));
+    }
+    qsizetype end = content.indexOf(',', start);
+    if (end < 0 || end > lineEnd)
+        end = lineEnd;
+    return FromAnsi(content.mid(start, end - start));
+}
+
+FileError ReadSkinSetting(const QString &path, QString &setting)
+{
+    QByteArray content;
+    setting.clear();
+    if (FileError error = ReadFileStart(path, SettingsReadLimit, content))
+        return error;
+    setting = FirstField(content);
+    return {};
+}
+
+FileError WriteSkinSetting(const QString &path, const QString &setting)
+{
+    return ReplaceFile(path, ToAnsi(setting) + "\r\n");
+}
+
+bool IsPlainFileName(const QString &name)
+{
+    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..")
+        && !name.contains(QLatin1Char('/')) && !name.contains(QChar(0));
+}

@@ -1,0 +1,163 @@
+// Pointer arithmetic and the drag and drop decisions. Every conversion keeps
+// the units-per-pixel values as parameters, so a screen of 15 or 12 units per
+// pixel lands the blocks on the same pixels as one of 1.
+#include "Moves.h"
+
+#include <cmath>
+
+int32_t RoundHalfEven(double value)
+{
+    return static_cast<int32_t>(std::nearbyint(value)); // default rounding mode: ties to even
+}
+
+int32_t PointerPixel(float imageEdge, float offset, float unitsPerPixel)
+{
+    const float sum = imageEdge + offset;
+    return RoundHalfEven(sum) / RoundHalfEven(unitsPerPixel);
+}
+
+int16_t CellOfPixel(int32_t pixel)
+{
+    return static_cast<int16_t>((pixel - BoardOriginPx) / CellPx);
+}
+
+Cell MouseCell(float imageLeft, float imageTop, float X, float Y, float unitsPerPixelX,
+               float unitsPerPixelY)
+{
+    return { CellOfPixel(PointerPixel(imageLeft, X, unitsPerPixelX)),
+             CellOfPixel(PointerPixel(imageTop, Y, unitsPerPixelY)) };
+}
+
+Cell GrabOffset(float X, float Y, float unitsPerPixelX, float unitsPerPixelY)
+{
+    return { static_cast<int16_t>(RoundHalfEven(X) / RoundHalfEven(unitsPerPixelX) / CellPx),
+             static_cast<int16_t>(RoundHalfEven(Y) / RoundHalfEven(unitsPerPixelY) / CellPx) };
+}
+
+float DragEdge(int16_t cell, float unitsPerPixel)
+{
+    const int16_t pixel = static_cast<int16_t>(cell * CellPx + BoardOriginPx);
+    return static_cast<float>(pixel) * unitsPerPixel;
+}
+
+float LayoutEdge(int16_t cell, float unitsPerPixel)
+{
+    const int16_t product = static_cast<int16_t>(cell * CellPx);
+    return static_cast<float>(product) * unitsPerPixel
+        + static_cast<float>(BoardOriginPx) * unitsPerPixel;
+}
+
+float UnitsOf(int16_t pixel, float unitsPerPixel)
+{
+    return static_cast<float>(pixel) * unitsPerPixel;
+}
+
+int32_t CentredOrigin(double outerOrigin, double outerSize, double ownSize)
+{
+    return static_cast<int32_t>(outerOrigin) + RoundHalfEven(outerSize - ownSize) / 2;
+}
+
+Drag StartDrag(int16_t piece, Cell mouse, Cell grab)
+{
+    Drag drag;
+    drag.dragPiece = piece;
+    drag.lastCol = mouse.col;
+    drag.lastRow = mouse.row;
+    drag.startCol = drag.lastCol;
+    drag.startRow = drag.lastRow;
+    drag.grabCol = grab.col;
+    drag.grabRow = grab.row;
+    drag.dragging = true;
+    return drag;
+}
+
+Cell ClampMouseCell(Cell mouse, const Drag &drag, const PieceInfo &info)
+{
+    Cell m = mouse;
+    if (m.col - drag.grabCol < 0)
+        m.col = drag.grabCol;
+    if (m.row - drag.grabRow < 0)
+        m.row = drag.grabRow;
+    if (m.col - drag.grabCol + info.width > BoardCols)
+        m.col = static_cast<int16_t>(BoardCols - info.width + drag.grabCol);
+    if (m.row - drag.grabRow + info.height > BoardRows)
+        m.row = static_cast<int16_t>(BoardRows - info.height + drag.grabRow);
+    return m;
+}
+
+namespace {
+
+Cell TopLeftOf(Cell mouse, const Drag &drag)
+{
+    return { static_cast<int16_t>(mouse.col - drag.grabCol),
+             static_cast<int16_t>(mouse.row - drag.grabRow) };
+}
+
+// The straight path from the block's place at the press to the clamped cell;
+// always measured from the start, so one drag cannot turn a corner.
+bool PathFree(const GameState &game, const Drag &drag, Cell mouse)
+{
+    const Cell target = TopLeftOf(mouse, drag);
+    if (mouse.col == drag.startCol)
+        return game.CanSlideVertically(drag.dragPiece,
+                                       static_cast<int16_t>(drag.startRow - drag.grabRow),
+                                       target.row, target.col);
+    return game.CanSlideHorizontally(drag.dragPiece,
+                                     static_cast<int16_t>(drag.startCol - drag.grabCol),
+                                     target.col, target.row);
+}
+
+} // namespace
+
+DragStep DecideDragMove(const GameState &game, const Drag &drag, Cell mouse)
+{
+    DragStep step;
+    if (mouse.col == drag.lastCol && mouse.row == drag.lastRow)
+        return step;
+    step.nothing = false;
+    step.mouse = ClampMouseCell(mouse, drag, game.pieces[drag.dragPiece]);
+    step.topLeft = TopLeftOf(step.mouse, drag);
+    const bool sameCol = step.mouse.col == drag.startCol;
+    const bool sameRow = step.mouse.row == drag.startRow;
+    if (sameCol && sameRow) {
+        step.moveImage = true;
+    } else if (sameCol != sameRow && PathFree(game, drag, step.mouse)) {
+        step.moveImage = true;
+    } else {
+        step.pointer = Pointer::NoDrop;
+    }
+    return step;
+}
+
+Drop DecideDrop(const GameState &game, const Drag &drag, Cell mouse)
+{
+    Drop drop;
+    drop.mouse = ClampMouseCell(mouse, drag, game.pieces[drag.dragPiece]);
+    const bool sameCol = drop.mouse.col == drag.startCol;
+    const bool sameRow = drop.mouse.row == drag.startRow;
+    if (sameCol && sameRow) {
+        drop.kind = Drop::AtStart;
+        return drop;
+    }
+    if (!sameCol && !sameRow) {
+        drop.kind = Drop::Diagonal;
+        drop.topLeft = TopLeftOf({ drag.startCol, drag.startRow }, drag);
+        return drop;
+    }
+    drop.kind = Drop::Straight;
+    if (!PathFree(game, drag, drop.mouse))
+        drop.mouse = { drag.lastCol, drag.lastRow };
+    drop.topLeft = TopLeftOf(drop.mouse, drag);
+    return drop;
+}
+
+void CarryOutDrop(GameState &game, int16_t piece, const Drag &drag, const Drop &drop)
+{
+    // Removing comes before placing: a block two cells long that moves one
+    // cell along its length overlaps its old place.
+    game.RemovePieceFromBoard(piece, static_cast<int16_t>(drag.startCol - drag.grabCol),
+                              static_cast<int16_t>(drag.startRow - drag.grabRow));
+    game.PlacePieceOnBoard(piece, drop.topLeft.col, drop.topLeft.row);
+    if (drop.mouse.col != drag.startCol || drop.mouse.row != drag.startRow)
+        ++game.steps;
+}

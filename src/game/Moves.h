@@ -1,0 +1,96 @@
+// The rules of taking hold of a block, following the pointer and dropping it,
+// as pure functions of the board, the drag and the pointer's cell. The window
+// only forwards its mouse events here and carries out what comes back.
+#pragma once
+
+#include "GameState.h"
+
+#include <cstdint>
+
+struct Cell
+{
+    int16_t col = 0;
+    int16_t row = 0;
+    friend bool operator==(const Cell &, const Cell &) = default;
+};
+
+// Board geometry in window pixels.
+enum { BoardOriginPx = 30, CellPx = 60 };
+
+// Where the pointer's shape shows whether a position is allowed.
+enum class Pointer : int16_t { Default = 0, NoDrop = 12, Move = 15, Custom = 99 };
+
+// Nearest whole number, a half going to the even neighbour.
+int32_t RoundHalfEven(double value);
+
+// The pointer's window pixel on one axis: R(imageEdge + offset) div R(unitsPerPixel),
+// the sum formed in single precision. Positions are in coordinate units.
+int32_t PointerPixel(float imageEdge, float offset, float unitsPerPixel);
+
+// The cell under a window pixel: (pixel - 30) div 60, truncating toward zero,
+// so the 30-pixel margin counts as part of the first cell. Values off the
+// board are returned as they are.
+int16_t CellOfPixel(int32_t pixel);
+
+// The cell under the pointer, from the held image's edges and the pointer's
+// offset inside it, all in coordinate units.
+Cell MouseCell(float imageLeft, float imageTop, float X, float Y, float unitsPerPixelX,
+               float unitsPerPixelY);
+
+// Which cell of the block the pointer grabbed, counted from its top-left cell.
+Cell GrabOffset(float X, float Y, float unitsPerPixelX, float unitsPerPixelY);
+
+// Image edge, in coordinate units, of a block resting with its top-left cell
+// in this column or row, as a drag places it: (cell * 60 + 30) * unitsPerPixel.
+float DragEdge(int16_t cell, float unitsPerPixel);
+// The same edge as a layout places it: cell * 60 * unitsPerPixel + 30 * unitsPerPixel.
+float LayoutEdge(int16_t cell, float unitsPerPixel);
+// A fixed pixel position turned into coordinate units.
+float UnitsOf(int16_t pixel, float unitsPerPixel);
+
+// Origin that centres a box over another: origin + R(outerSize - ownSize) div 2.
+int32_t CentredOrigin(double outerOrigin, double outerSize, double ownSize);
+
+// The drag state, recorded at the press and read until the release.
+struct Drag
+{
+    bool dragging = false;
+    int16_t dragPiece = 0; // kept after the drop
+    int16_t grabCol = 0;
+    int16_t grabRow = 0;
+    int16_t startCol = 0; // mouse cell at the press
+    int16_t startRow = 0;
+    int16_t lastCol = 0; // mouse cell at the last accepted position
+    int16_t lastRow = 0;
+};
+
+// The press: which block, which of its cells, and the mouse cell.
+Drag StartDrag(int16_t piece, Cell mouse, Cell grab);
+
+// Keeps the whole block on the board, with the grabbed cell under the
+// returned cell: left, top, right, bottom, in that order.
+Cell ClampMouseCell(Cell mouse, const Drag &drag, const PieceInfo &info);
+
+// What one pointer movement during a drag does.
+struct DragStep
+{
+    bool nothing = true; // still in the last accepted cell: no work at all
+    bool moveImage = false; // put the image on `topLeft`, accept `mouse`
+    Cell mouse; // the clamped mouse cell
+    Cell topLeft; // the block's top-left cell for the image
+    Pointer pointer = Pointer::Move;
+};
+DragStep DecideDragMove(const GameState &game, const Drag &drag, Cell mouse);
+
+// What the release does.
+struct Drop
+{
+    enum Kind { Straight, AtStart, Diagonal } kind = AtStart;
+    Cell mouse; // Straight: the final mouse cell, after any fallback
+    Cell topLeft; // Straight: the new top-left cell; Diagonal: the start's
+};
+Drop DecideDrop(const GameState &game, const Drag &drag, Cell mouse);
+
+// Rewrites the board for a straight drop: clears the block's old cells, marks
+// the new ones, and counts a step when the block stands somewhere else.
+void CarryOutDrop(GameState &game, int16_t piece, const Drag &drag, const Drop &drop);

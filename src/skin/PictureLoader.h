@@ -1,0 +1,10 @@
+// Reads a skin picture. The file's content decides its format, never its
+// name; a picture too large to be a skin is refused before it is decoded.
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+// A null image when the file is missing, unreadable or no picture; `reason`
+// then says why.
+QImage LoadPicture(const QString &path, QString *reason = nullptr);
