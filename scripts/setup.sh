@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Installs what building, running and testing Quorvel needs on Debian 12.
+# Packages already present are left alone; apt runs only when one is missing.
+set -euo pipefail
+
+packages=(
+    # building
+    g++ cmake ninja-build pkgconf
+    qt6-base-dev qt6-base-dev-tools qt6-svg-dev
+    libwmf-dev libemf2svg-dev
+    libbenchmark-dev
+    # testing: a real X server to drive, pictures to compare, the formatter
+    xvfb xdotool x11-utils imagemagick fonts-dejavu-core
+    clang clang-format
+)
+
+missing=()
+for package in "${packages[@]}"; do
+    if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then
+        missing+=("$package")
+    fi
+done
+
+if [ ${#missing[@]} -gt 0 ]; then
+    echo "Installing: ${missing[*]}"
+    sudo_cmd=()
+    if [ "$(id -u)" -ne 0 ]; then
+        sudo_cmd=(sudo)
+    fi
+    "${sudo_cmd[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -q
+    "${sudo_cmd[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+fi

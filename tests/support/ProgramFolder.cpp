@@ -1,0 +1,60 @@
+#include "ProgramFolder.h"
+
+#include <QDir>
+#include <QFile>
+
+Layout LayoutFromPicture(const char *picture)
+{
+    Layout codes;
+    codes.fill(-1);
+    int row = 0, col = 0;
+    for (const char *p = picture; *p; ++p) {
+        if (*p == '/') {
+            ++row;
+            col = 0;
+            continue;
+        }
+        if (*p >= '0' && *p <= '9' && codes[*p - '0'] == -1)
+            codes[*p - '0'] = int16_t(row * 10 + col);
+        ++col;
+    }
+    return codes;
+}
+
+QImage KnownSkin(int width, int height)
+{
+    QImage skin(width, height, QImage::Format_RGB32);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            skin.setPixel(x, y, qRgb(x & 0xFF, y & 0xFF, ((x >> 8) << 4) | (y >> 8)));
+    return skin;
+}
+
+ProgramFolder::ProgramFolder(std::initializer_list<const char *> pictures, bool withSkin)
+{
+    std::vector<const char *> list(pictures);
+    for (int i = 0; i < LevelCount; ++i) {
+        levels[i].levelName = QStringLiteral("Level %1  ").arg(i + 1, 2, 10, QLatin1Char('0'));
+        levels[i].codes = LayoutFromPicture(list[size_t(i) < list.size() ? size_t(i) : 0]);
+    }
+    Write(QStringLiteral("QVL.ZHN"), SerializeLevels(levels));
+    if (withSkin) {
+        QDir(dir_.path()).mkdir(QStringLiteral("skins"));
+        KnownSkin().save(File(QStringLiteral("skins/default.bmp")), "BMP");
+    }
+}
+
+QByteArray ProgramFolder::Read(const QString &relative) const
+{
+    QFile file(File(relative));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.readAll();
+}
+
+void ProgramFolder::Write(const QString &relative, const QByteArray &bytes) const
+{
+    QFile file(File(relative));
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        file.write(bytes);
+}

@@ -1,0 +1,58 @@
+// A desktop for tests: replays queued answers and records every call. A call
+// nobody scripted gets Cancel (or an empty text, or a failed open) and makes
+// Done() false; nothing ever reaches a real browser or mail program.
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <QList>
+#include <functional>
+#include <QStringList>
+
+class ScriptedPlatform : public Platform
+{
+public:
+    struct Call
+    {
+        QString title;
+        QString text;
+        Icon icon;
+        Buttons buttons;
+    };
+
+    ScriptedPlatform();
+
+    void Reply(Answer answer) { answers_.append(answer); }
+    void Type(const QString &text) { inputs_.append(text); }
+    void OpenResult(bool ok) { opens_.append(ok); }
+    // Runs while the box is "shown", e.g. to look at the window behind it.
+    void OnMessage(std::function<void(const Call &)> spy) { spy_ = std::move(spy); }
+
+    // Every message box as "title | text", in order.
+    QStringList Shown() const;
+    // Every input box as "title | prompt | default text".
+    QStringList Asked() const { return asked_; }
+    QStringList Opened() const { return opened_; }
+    const QList<Call> &Calls() const { return calls_; }
+    // All scripted answers were used and no call went unscripted.
+    bool Done() const;
+
+    ScreenMetrics metrics;
+
+    Answer MsgBox(QWidget *owner, const QString &text, Buttons buttons, Icon icon,
+                  const QString &title) override;
+    QString InputBox(QWidget *owner, const QString &prompt, const QString &title,
+                     const QString &defaultText) override;
+    bool OpenDocument(const QString &target) override;
+    ScreenMetrics Screen() const override { return metrics; }
+
+private:
+    QList<Answer> answers_;
+    QStringList inputs_;
+    QList<bool> opens_;
+    QList<Call> calls_;
+    QStringList asked_;
+    QStringList opened_;
+    std::function<void(const Call &)> spy_;
+    bool unscripted_ = false;
+};
