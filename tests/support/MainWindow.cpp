@@ -1,0 +1,56 @@
+#include "MainWindow.h"
+
+#include "ProgramFolder.h"
+#include "ScriptedPlatform.h"
+#include "WhenModal.h"
+#include "app/ImageControl.h"
+#include "app/modMain.h"
+#include "dialogs/frmLevel.h"
+
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+
+bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &folder)
+{
+    bool ok = false;
+    InitAppFiles(folder.path(), platform, ok);
+    if (!ok)
+        return false;
+    form.Form_Load();
+    return !form.Ended();
+}
+
+void ChooseLevel(frmMain &form, int levelIndex)
+{
+    WhenModal([levelIndex](QWidget *widget) {
+        auto *chooser = qobject_cast<frmLevel *>(widget);
+        if (!chooser)
+            return;
+        chooser->lisLevel->setCurrentRow(levelIndex);
+        QTest::mouseClick(chooser->cmdSetLevel, Qt::LeftButton);
+    });
+    form.mnuNewGame_Click();
+}
+
+QPoint CellCentreIn(const QWidget &image, Cell cell)
+{
+    return QPoint(30 + 60 * cell.col + 30, 30 + 60 * cell.row + 30) - image.pos();
+}
+
+void DragBlock(frmMain &form, int piece, Cell from, std::initializer_list<Cell> path)
+{
+    QWidget *image = form.imgPieces[piece];
+    QTest::mousePress(image, Qt::LeftButton, Qt::NoModifier, CellCentreIn(*image, from));
+    // Qt keeps sending a held button's events to the pressed image; the test
+    // does the same, with positions relative to where the image stands now.
+    Cell last = from;
+    for (const Cell cell : path) {
+        QMouseEvent move(QEvent::MouseMove, CellCentreIn(*image, cell),
+                         image->mapToGlobal(CellCentreIn(*image, cell)), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(image, &move);
+        last = cell;
+    }
+    QTest::mouseRelease(image, Qt::LeftButton, Qt::NoModifier, CellCentreIn(*image, last));
+}

@@ -1,0 +1,22 @@
+// Start-up as the program runs it, and choosing a level as a player does,
+// for tests that need a main window with a game on it.
+#pragma once
+
+#include "app/frmMain.h"
+
+class ProgramFolder;
+class ScriptedPlatform;
+
+// InitAppFiles, then the window's load. False when start-up stopped.
+bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &folder);
+
+// Opens New Game and picks the row of `levelIndex` in the real chooser.
+void ChooseLevel(frmMain &form, int levelIndex);
+
+// A whole drag with real mouse events on the block's image: press on the
+// given board cell of the block, move through `path` (board cells), release
+// on the last one. Positions are cell centres.
+void DragBlock(frmMain &form, int piece, Cell from, std::initializer_list<Cell> path);
+
+// Where the board cell's centre lies inside a block's image, in pixels.
+QPoint CellCentreIn(const QWidget &image, Cell cell);
