@@ -99,7 +99,9 @@ void frmMain::SaveGame()
                                  Buttons::YesNo, Icon::Question, title)
                 == Answer::Yes)
                 state = State::GiveUp;
-        } else if (name.size() > MaxGameNameLength) {
+        } else if (name.toUcs4().size() > MaxGameNameLength) {
+            // Counted in characters as the player sees them: one beyond 16
+            // bits is one character, not two.
             platform_.MsgBox(this,
                              QStringLiteral("Name too long.\r\nPlease limit the name to 32 characters."),
                              Buttons::Ok, Icon::Exclamation, title);

@@ -78,6 +78,14 @@ void AboutLabel::mouseReleaseEvent(QMouseEvent *event)
         box_.lblUpdates_Click();
 }
 
+void AboutLabel::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    // The second press of a double click is no press of its own: the first
+    // click has opened the link already, and a second mail window or page,
+    // or a second bonus message, would only be in the way.
+    event->accept();
+}
+
 frmAbout::frmAbout(frmMain &main)
     : QDialog(&main, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
                         | Qt::WindowCloseButtonHint | Qt::MSWindowsFixedSizeDialogHint)
