@@ -2,7 +2,7 @@
 # exactly as the build leaves it in build/bin: the game keeps its settings and
 # saved games beside itself, so DIR is a folder the player owns.
 install(TARGETS quorvel DESTINATION .)
-install(PROGRAMS ${QUORVEL_BIN_DIR}/quorvel-levels DESTINATION . OPTIONAL)
+install(TARGETS quorvel-levels DESTINATION .)
 install(FILES ${QUORVEL_BIN_DIR}/QVL.ZHN ${QUORVEL_BIN_DIR}/qvl.html DESTINATION .)
 install(DIRECTORY ${QUORVEL_BIN_DIR}/skins/ DESTINATION skins)
 install(DIRECTORY ${CMAKE_BINARY_DIR}/art/icons/ DESTINATION icons)
