@@ -55,8 +55,20 @@ XSession::XSession()
     }
     bool ok = false;
     const int display = named.trimmed().toInt(&ok);
-    if (ok && display >= 0)
-        display_ = display;
+    if (!ok || display < 0)
+        return;
+    // Named is not yet answering on a busy machine: wait for a client to get in.
+    const QString name = QStringLiteral(":%1").arg(display);
+    while (!deadline.hasExpired()) {
+        QProcess probe;
+        probe.start(QStringLiteral("xdpyinfo"), { QStringLiteral("-display"), name });
+        if (probe.waitForFinished(5000) && probe.exitStatus() == QProcess::NormalExit
+            && probe.exitCode() == 0) {
+            display_ = display;
+            return;
+        }
+        Pause();
+    }
 }
 
 XSession::~XSession()
