@@ -10,7 +10,7 @@ packages=(
     libwmf-dev libemf2svg-dev
     libbenchmark-dev
     # testing: a real X server to drive, pictures to compare, the formatter
-    xvfb xdotool x11-utils imagemagick fonts-dejavu-core
+    xvfb xdotool x11-utils imagemagick fonts-dejavu-core desktop-file-utils
     clang clang-format
 )
 
