@@ -8,9 +8,10 @@ packages=(
     g++ cmake ninja-build pkgconf
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev
     libwmf-dev libemf2svg-dev
+    imagemagick  # stores the gallery's skins as GIF, JPEG and run-length DIB
     libbenchmark-dev
     # testing: a real X server to drive, pictures to compare, the formatter
-    xvfb xdotool x11-utils imagemagick fonts-dejavu-core desktop-file-utils
+    xvfb xdotool x11-utils fonts-dejavu-core desktop-file-utils
     clang clang-format
 )
 

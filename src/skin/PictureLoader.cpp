@@ -1,28 +1,91 @@
 #include "PictureLoader.h"
 
+#include "Metafiles.h"
+#include "PictureFormats.h"
+
+#include <QBuffer>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+
+#include <cstdlib>
 
 namespace {
 
 // A skin uses 370 x 380 pixels; anything needing more than this is no skin.
 constexpr int AllocationLimitMiB = 64;
+constexpr qint64 AllocationLimit = qint64(AllocationLimitMiB) << 20;
+
+QImage Fail(QString *reason, const QString &why)
+{
+    if (reason)
+        *reason = why;
+    return {};
+}
+
+// The decoder is named, never guessed: Qt would also take a text file that
+// happens to look like one of its many other formats.
+QImage ReadRaster(const QByteArray &bytes, const char *format, QString *reason)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer, format);
+    reader.setDecideFormatFromContent(false);
+    reader.setAutoTransform(false);
+    reader.setAllocationLimit(AllocationLimitMiB);
+    // The header's size is refused before a single pixel is decoded. A
+    // bitmap stored top row first reports a negative height.
+    const QSize size = reader.size();
+    const qint64 width = size.width(), height = std::abs(size.height());
+    if (width <= 0 || height <= 0)
+        return Fail(reason, QStringLiteral("the picture has no size"));
+    if (width * height * 4 > AllocationLimit)
+        return Fail(reason,
+            QStringLiteral("a picture of %1 x %2 pixels is too large for a skin")
+                .arg(width)
+                .arg(height));
+    QImage picture = reader.read();
+    if (picture.isNull())
+        return Fail(reason, reader.errorString());
+    return picture;
+}
 
 } // namespace
 
 QImage LoadPicture(const QString &path, QString *reason)
 {
-    if (!QFileInfo(path).isFile()) {
-        if (reason)
-            *reason = QStringLiteral("no such file");
-        return {};
+    if (!QFileInfo(path).isFile())
+        return Fail(reason, QStringLiteral("no such file"));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return Fail(reason, file.errorString());
+    // A file larger than the largest picture allowed, with room for its
+    // headers, cannot be a skin.
+    if (file.size() > AllocationLimit + (qint64(1) << 20))
+        return Fail(reason, QStringLiteral("the file is too large for a skin"));
+    const QByteArray bytes = file.readAll();
+    file.close();
+
+    QString damage;
+    switch (SniffPicture(bytes)) {
+    case PictureFormat::Bmp:
+        damage = CheckBmp(bytes);
+        return damage.isEmpty() ? ReadRaster(bytes, "bmp", reason) : Fail(reason, damage);
+    case PictureFormat::Gif:
+        damage = CheckGif(bytes);
+        return damage.isEmpty() ? ReadRaster(bytes, "gif", reason) : Fail(reason, damage);
+    case PictureFormat::Jpeg:
+        damage = CheckJpeg(bytes);
+        return damage.isEmpty() ? ReadRaster(bytes, "jpeg", reason) : Fail(reason, damage);
+    case PictureFormat::Wmf:
+        damage = CheckWmf(bytes);
+        return damage.isEmpty() ? DrawWmf(bytes, reason) : Fail(reason, damage);
+    case PictureFormat::Emf:
+        damage = CheckEmf(bytes);
+        return damage.isEmpty() ? DrawEmf(bytes, reason) : Fail(reason, damage);
+    case PictureFormat::Unknown:
+        break;
     }
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(false);
-    reader.setAllocationLimit(AllocationLimitMiB);
-    QImage picture = reader.read();
-    if (picture.isNull() && reason)
-        *reason = reader.errorString();
-    return picture;
+    return Fail(reason, QStringLiteral("not a BMP, GIF, JPEG, WMF or EMF picture"));
 }

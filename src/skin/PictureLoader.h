@@ -1,5 +1,7 @@
-// Reads a skin picture. The file's content decides its format, never its
-// name; a picture too large to be a skin is refused before it is decoded.
+// Reads a skin picture: BMP (also named .dib), GIF, JPEG, WMF or EMF. The
+// file's content decides its format, never its name; a file that is cut
+// short or damaged, or a picture too large to be a skin, is refused before
+// it is decoded.
 #pragma once
 
 #include <QImage>
