@@ -19,17 +19,18 @@ GameState OpenBoard()
 {
     GameState game;
     // Block 8 in the bottom row with two free cells to its right.
-    game.SetUp({ 0, 20, 30, 3, 32, 23, 21, 22, 40, 43 });
+    game.SetUp({0, 20, 30, 3, 32, 23, 21, 22, 40, 43});
     return game;
 }
 
 void RulesPointerMove(benchmark::State &state)
 {
     const GameState game = OpenBoard();
-    Drag drag = StartDrag(8, { 0, 4 }, { 0, 0 });
+    Drag drag = StartDrag(8, {0, 4}, {0, 0});
     int16_t col = 1;
     for (auto _ : state) {
-        const DragStep step = DecideDragMove(game, drag, MouseCell(30, 270, float(col * 60 + 10), 10, 1, 1));
+        const DragStep step
+            = DecideDragMove(game, drag, MouseCell(30, 270, float(col * 60 + 10), 10, 1, 1));
         benchmark::DoNotOptimize(step);
         drag.lastCol = step.mouse.col;
         col = int16_t(3 - col); // 1, 2, 1, 2: every move enters another cell
@@ -40,10 +41,10 @@ BENCHMARK(RulesPointerMove);
 void RulesDrop(benchmark::State &state)
 {
     const GameState start = OpenBoard();
-    const Drag drag = StartDrag(8, { 0, 4 }, { 0, 0 });
+    const Drag drag = StartDrag(8, {0, 4}, {0, 0});
     for (auto _ : state) {
         GameState game = start;
-        const Drop drop = DecideDrop(game, drag, { 2, 4 });
+        const Drop drop = DecideDrop(game, drag, {2, 4});
         CarryOutDrop(game, 8, drag, drop);
         benchmark::DoNotOptimize(game.board);
     }
@@ -56,15 +57,16 @@ struct Window
     Window()
     {
         QDir(dir.path()).mkpath(QStringLiteral("skins"));
-        QFile::copy(QStringLiteral(QUORVEL_BIN_DIR "/QVL.ZHN"), dir.filePath(QStringLiteral("QVL.ZHN")));
+        QFile::copy(
+            QStringLiteral(QUORVEL_BIN_DIR "/QVL.ZHN"), dir.filePath(QStringLiteral("QVL.ZHN")));
         QFile::copy(QStringLiteral(QUORVEL_BIN_DIR "/skins/default.bmp"),
-                    dir.filePath(QStringLiteral("skins/default.bmp")));
+            dir.filePath(QStringLiteral("skins/default.bmp")));
         bool ok = false;
         InitAppFiles(dir.path(), platform, ok);
         form = std::make_unique<frmMain>(platform, dir.path());
         form->Form_Load();
         form->game.steps = 0;
-        form->levels[0].codes = { 0, 20, 30, 3, 32, 23, 21, 22, 40, 43 };
+        form->levels[0].codes = {0, 20, 30, 3, 32, 23, 21, 22, 40, 43};
         form->game.SetUp(form->levels[0].codes);
         form->PlacePieces();
         form->ShowBoard();

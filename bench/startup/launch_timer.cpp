@@ -67,7 +67,9 @@ int main(int argc, char **argv)
             XEvent event;
             XNextEvent(display, &event);
             if (event.type == MapNotify && HasTitle(display, event.xmap.window, title))
-                shownMs = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+                shownMs = std::chrono::duration<double, std::milli>(
+                    std::chrono::steady_clock::now() - start)
+                              .count();
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
         std::printf("%.2f %ld\n", shownMs, ResidentKiB(pid));

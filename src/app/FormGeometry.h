@@ -16,10 +16,10 @@ inline int Px(int units)
 
 inline QRect PxRect(int left, int top, int width, int height)
 {
-    return { Px(left), Px(top), Px(width), Px(height) };
+    return {Px(left), Px(top), Px(width), Px(height)};
 }
 
 inline QSize PxSize(int width, int height)
 {
-    return { Px(width), Px(height) };
+    return {Px(width), Px(height)};
 }

@@ -35,35 +35,34 @@ BlockImage::BlockImage(frmMain &form, int16_t index, QWidget *parent)
     : ImageControl(parent)
     , form_(form)
     , index_(index)
-{
-}
+{ }
 
 void BlockImage::mousePressEvent(QMouseEvent *event)
 {
     const ScreenMetrics screen = form_.Screen();
     form_.imgPieces_MouseDown(index_, ButtonCode(event->button()), ShiftCode(event->modifiers()),
-                              float(event->position().x()) * screen.unitsPerPixelX,
-                              float(event->position().y()) * screen.unitsPerPixelY);
+        float(event->position().x()) * screen.unitsPerPixelX,
+        float(event->position().y()) * screen.unitsPerPixelY);
 }
 
 void BlockImage::mouseMoveEvent(QMouseEvent *event)
 {
     const ScreenMetrics screen = form_.Screen();
     int16_t buttons = 0;
-    for (const Qt::MouseButton button : { Qt::LeftButton, Qt::RightButton, Qt::MiddleButton })
+    for (const Qt::MouseButton button : {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton})
         if (event->buttons() & button)
             buttons = int16_t(buttons | ButtonCode(button));
     form_.imgPieces_MouseMove(index_, buttons, ShiftCode(event->modifiers()),
-                              float(event->position().x()) * screen.unitsPerPixelX,
-                              float(event->position().y()) * screen.unitsPerPixelY);
+        float(event->position().x()) * screen.unitsPerPixelX,
+        float(event->position().y()) * screen.unitsPerPixelY);
 }
 
 void BlockImage::mouseReleaseEvent(QMouseEvent *event)
 {
     const ScreenMetrics screen = form_.Screen();
     form_.imgPieces_MouseUp(index_, ButtonCode(event->button()), ShiftCode(event->modifiers()),
-                            float(event->position().x()) * screen.unitsPerPixelX,
-                            float(event->position().y()) * screen.unitsPerPixelY);
+        float(event->position().x()) * screen.unitsPerPixelX,
+        float(event->position().y()) * screen.unitsPerPixelY);
 }
 
 void BlockImage::mouseDoubleClickEvent(QMouseEvent *event)

@@ -30,8 +30,8 @@ frmMain::frmMain(Platform &platform, const QString &programFolder)
     setWindowTitle(QStringLiteral("Quorvel"));
     // A fixed border and no maximize button: the layout is absolute.
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
-                   | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint
-                   | Qt::MSWindowsFixedSizeDialogHint);
+        | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint
+        | Qt::MSWindowsFixedSizeDialogHint);
     auto *client = new QWidget(this);
     client->setFixedSize(PxSize(6120, 6075));
     setCentralWidget(client);
@@ -46,8 +46,10 @@ void frmMain::BuildMenus()
 {
     QMenu *mnuFile = menuBar()->addMenu(QStringLiteral("&File"));
     mnuNewGame = mnuFile->addAction(QStringLiteral("&New Game"), this, &frmMain::mnuNewGame_Click);
-    mnuLoadGame = mnuFile->addAction(QStringLiteral("&Load Game"), this, &frmMain::mnuLoadGame_Click);
-    mnuSaveGame = mnuFile->addAction(QStringLiteral("&Save Game"), this, &frmMain::mnuSaveGame_Click);
+    mnuLoadGame
+        = mnuFile->addAction(QStringLiteral("&Load Game"), this, &frmMain::mnuLoadGame_Click);
+    mnuSaveGame
+        = mnuFile->addAction(QStringLiteral("&Save Game"), this, &frmMain::mnuSaveGame_Click);
     mnuFile->addSeparator();
     mnuSetSkin = mnuFile->addAction(QStringLiteral("Set S&kin"), this, &frmMain::mnuSetSkin_Click);
     mnuFile->addSeparator();
@@ -81,7 +83,7 @@ void frmMain::BuildImages()
     lblStatus->setGeometry(PxRect(120, 5640, 2895, 375));
     lblSteps = new QLabel(client);
     lblSteps->setGeometry(PxRect(3000, 5640, 3015, 375));
-    for (QLabel *label : { lblStatus, lblSteps }) {
+    for (QLabel *label : {lblStatus, lblSteps}) {
         label->setFont(font);
         label->setTextFormat(Qt::PlainText);
         label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
@@ -136,11 +138,10 @@ void frmMain::LoadLevels()
     const FileError error = ReadLevelFile(LevelPath(), levels);
     if (!error)
         return;
-    platform_.MsgBox(
-        this,
-        JoinLines({ QStringLiteral("An error has occurred while attempting loading data file"),
-                    QDir::toNativeSeparators(folder_ + QStringLiteral("/QVL.zhn")),
-                    QString::number(error.number) + QLatin1Char(' ') + error.description }),
+    platform_.MsgBox(this,
+        JoinLines({QStringLiteral("An error has occurred while attempting loading data file"),
+            QDir::toNativeSeparators(folder_ + QStringLiteral("/QVL.zhn")),
+            QString::number(error.number) + QLatin1Char(' ') + error.description}),
         Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Error"));
     EndProgram();
 }
@@ -186,20 +187,19 @@ void frmMain::ApplySkin(const QString &skinName)
         }
     }
     if (!cut) {
-        platform_.MsgBox(
-            this,
-            JoinLines({ QStringLiteral("An error has occurred while attempting to load picture "),
-                        QDir::toNativeSeparators(path),
-                        QStringLiteral("Make sure the picture exists and is of a correct format.") }),
+        platform_.MsgBox(this,
+            JoinLines({QStringLiteral("An error has occurred while attempting to load picture "),
+                QDir::toNativeSeparators(path),
+                QStringLiteral("Make sure the picture exists and is of a correct format.")}),
             Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - ERROR"));
         EndProgram();
         return;
     }
     if (const FileError error = WriteSkinSetting(SettingsPath(), skinName))
-        platform_.MsgBox(
-            this,
-            JoinLines({ QStringLiteral("An error has occurred while attempting to save the skin setting"),
-                        QDir::toNativeSeparators(SettingsPath()), error.description }),
+        platform_.MsgBox(this,
+            JoinLines(
+                {QStringLiteral("An error has occurred while attempting to save the skin setting"),
+                    QDir::toNativeSeparators(SettingsPath()), error.description}),
             Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Error"));
 }
 
@@ -232,7 +232,7 @@ void frmMain::ShowBoard()
 {
     for (BlockImage *image : imgPieces)
         image->show();
-    for (ImageControl *image : { imgUpFrame, imgLeftFrame, imgRightFrame, imgExit, imgTitle })
+    for (ImageControl *image : {imgUpFrame, imgLeftFrame, imgRightFrame, imgExit, imgTitle})
         image->show();
 }
 
@@ -240,7 +240,8 @@ void frmMain::HideBoard()
 {
     for (BlockImage *image : imgPieces)
         image->hide();
-    for (ImageControl *image : { imgUpFrame, imgLeftFrame, imgRightFrame, imgExit, imgTitle, imgCong })
+    for (ImageControl *image :
+        {imgUpFrame, imgLeftFrame, imgRightFrame, imgExit, imgTitle, imgCong})
         image->hide();
 }
 
@@ -249,11 +250,11 @@ void frmMain::ShowCongratulation()
     const ScreenMetrics s = Screen();
     const QSize inner = centralWidget()->size();
     imgCong->SetLeft(float(CentredOrigin(0, inner.width() * s.unitsPerPixelX,
-                                         imgCong->WidthUnits(s.unitsPerPixelX))),
-                     s.unitsPerPixelX);
+                         imgCong->WidthUnits(s.unitsPerPixelX))),
+        s.unitsPerPixelX);
     imgCong->SetTop(float(CentredOrigin(0, inner.height() * s.unitsPerPixelY,
-                                        imgCong->HeightUnits(s.unitsPerPixelY))),
-                    s.unitsPerPixelY);
+                        imgCong->HeightUnits(s.unitsPerPixelY))),
+        s.unitsPerPixelY);
     imgCong->show();
     gameChanged = false;
     mnuSaveGame->setEnabled(false);
@@ -263,7 +264,7 @@ void frmMain::ShowStatus()
 {
     const int16_t number = int16_t(game.levelIndex + 1);
     lblStatus->setText(QStringLiteral("Level: ") + QString::number(number) + QStringLiteral(" - ")
-                       + levels[game.levelIndex].levelName);
+        + levels[game.levelIndex].levelName);
     lblSteps->setText(QStringLiteral("Steps: ") + QString::number(game.steps));
 }
 

@@ -28,7 +28,7 @@ void frmMain::NewGame()
 {
     if (gameChanged) {
         const Answer answer = platform_.MsgBox(this, SavePrompt, Buttons::YesNoCancel,
-                                               Icon::Question, QStringLiteral("Quorvel - New Game"));
+            Icon::Question, QStringLiteral("Quorvel - New Game"));
         if (answer == Answer::Cancel)
             return;
         if (answer == Answer::Yes)
@@ -38,7 +38,7 @@ void frmMain::NewGame()
         frmLevel chooser(*this);
         for (int i = 0; i < LevelCount; ++i)
             chooser.lisLevel->addItem(QStringLiteral("Level ") + QString::number(i + 1)
-                                      + QStringLiteral(" - ") + levels[i].levelName);
+                + QStringLiteral(" - ") + levels[i].levelName);
         chooser.exec();
     }
     if (newLevel <= -1)
@@ -46,10 +46,10 @@ void frmMain::NewGame()
     const std::string damage = CheckLayout(levels[newLevel].codes);
     if (!damage.empty()) {
         platform_.MsgBox(this,
-                         QStringLiteral("Level %1 cannot be played: its layout is damaged.\r\n")
-                                 .arg(newLevel + 1)
-                             + QString::fromStdString(damage) + QLatin1Char('.'),
-                         Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - New Game"));
+            QStringLiteral("Level %1 cannot be played: its layout is damaged.\r\n")
+                    .arg(newLevel + 1)
+                + QString::fromStdString(damage) + QLatin1Char('.'),
+            Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - New Game"));
         return;
     }
     imgCong->hide();
@@ -79,8 +79,7 @@ void frmMain::IsValidGameName(const QString &name, bool &ok) const
 void frmMain::SavedGameExists(const QString &name, bool &exists) const
 {
     // A name with a folder separator names no file of the saved-games folder.
-    exists = !name.contains(QLatin1Char('/'))
-        && QFileInfo(SavedGamePath(folder_, name)).isFile();
+    exists = !name.contains(QLatin1Char('/')) && QFileInfo(SavedGamePath(folder_, name)).isFile();
 }
 
 void frmMain::SaveGame()
@@ -91,26 +90,27 @@ void frmMain::SaveGame()
     State state = State::Asking;
     while (state == State::Asking) {
         name = platform_.InputBox(this, QStringLiteral("What is the name of the game?"),
-                                  QStringLiteral("Quorvel - Saving Game"), name);
+            QStringLiteral("Quorvel - Saving Game"), name);
         bool valid = false;
         bool exists = false;
         if (name.isEmpty()) {
-            if (platform_.MsgBox(this, QStringLiteral("Are you sure you want to proceed without saving?"),
-                                 Buttons::YesNo, Icon::Question, title)
+            if (platform_.MsgBox(this,
+                    QStringLiteral("Are you sure you want to proceed without saving?"),
+                    Buttons::YesNo, Icon::Question, title)
                 == Answer::Yes)
                 state = State::GiveUp;
         } else if (name.toUcs4().size() > MaxGameNameLength) {
             // Counted in characters as the player sees them: one beyond 16
             // bits is one character, not two.
             platform_.MsgBox(this,
-                             QStringLiteral("Name too long.\r\nPlease limit the name to 32 characters."),
-                             Buttons::Ok, Icon::Exclamation, title);
+                QStringLiteral("Name too long.\r\nPlease limit the name to 32 characters."),
+                Buttons::Ok, Icon::Exclamation, title);
         } else if (IsValidGameName(name, valid), !valid) {
             platform_.MsgBox(this, QStringLiteral("Illegal characters found in the name."),
-                             Buttons::Ok, Icon::Exclamation, title);
+                Buttons::Ok, Icon::Exclamation, title);
         } else if (SavedGameExists(name, exists), exists) {
             if (platform_.MsgBox(this, QStringLiteral("File already exists. Overwrite it?"),
-                                 Buttons::YesNo, Icon::Question, title)
+                    Buttons::YesNo, Icon::Question, title)
                 == Answer::Yes)
                 state = State::Write;
         } else {
@@ -129,16 +129,16 @@ void frmMain::SaveGame()
         return;
     }
     platform_.MsgBox(this,
-                     QStringLiteral("An error occurred while attempting saving game data\r\n")
-                         + QDir::toNativeSeparators(path) + QStringLiteral("\r\nGame not saved."),
-                     Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Saving Error"));
+        QStringLiteral("An error occurred while attempting saving game data\r\n")
+            + QDir::toNativeSeparators(path) + QStringLiteral("\r\nGame not saved."),
+        Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Saving Error"));
 }
 
 void frmMain::mnuLoadGame_Click()
 {
     if (gameChanged) {
         const Answer answer = platform_.MsgBox(this, SavePrompt, Buttons::YesNoCancel,
-                                               Icon::Question, QStringLiteral("Quorvel - Load game"));
+            Icon::Question, QStringLiteral("Quorvel - Load game"));
         if (answer == Answer::Cancel)
             return;
         if (answer == Answer::Yes)
@@ -162,9 +162,9 @@ void frmMain::mnuLoadGame_Click()
     const QString damage = ReadSavedGame(absFilename, record);
     if (!damage.isEmpty()) {
         platform_.MsgBox(this,
-                         QStringLiteral("The saved game cannot be loaded:\r\n")
-                             + QDir::toNativeSeparators(absFilename) + QStringLiteral("\r\n") + damage,
-                         Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Load game"));
+            QStringLiteral("The saved game cannot be loaded:\r\n")
+                + QDir::toNativeSeparators(absFilename) + QStringLiteral("\r\n") + damage,
+            Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Load game"));
         return;
     }
     imgCong->hide();
@@ -200,8 +200,8 @@ void frmMain::Form_QueryUnload(bool &Cancel)
     Cancel = false;
     if (!gameChanged)
         return;
-    const Answer answer = platform_.MsgBox(this, SavePrompt, Buttons::YesNoCancel, Icon::Question,
-                                           QStringLiteral("Quorvel - Exit"));
+    const Answer answer = platform_.MsgBox(
+        this, SavePrompt, Buttons::YesNoCancel, Icon::Question, QStringLiteral("Quorvel - Exit"));
     if (answer == Answer::Cancel)
         Cancel = true;
     else if (answer == Answer::Yes)
@@ -214,9 +214,9 @@ void frmMain::mnuHTP_Click()
     if (platform_.OpenDocument(path))
         return;
     platform_.MsgBox(this,
-                     QStringLiteral("Unable to open ") + QDir::toNativeSeparators(path)
-                         + QStringLiteral(" automatically.\r\nPlease open the file manually."),
-                     Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Help"));
+        QStringLiteral("Unable to open ") + QDir::toNativeSeparators(path)
+            + QStringLiteral(" automatically.\r\nPlease open the file manually."),
+        Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Help"));
 }
 
 void frmMain::mnuAbout_Click()

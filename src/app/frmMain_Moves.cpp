@@ -26,8 +26,8 @@ void frmMain::PlaceImageOnCell(int16_t piece, Cell topLeft)
     imgPieces[piece]->SetTop(DragEdge(topLeft.row, s.unitsPerPixelY), s.unitsPerPixelY);
 }
 
-void frmMain::imgPieces_MouseDown(int16_t Index, int16_t Button, [[maybe_unused]] int16_t Shift,
-                                  float X, float Y)
+void frmMain::imgPieces_MouseDown(
+    int16_t Index, int16_t Button, [[maybe_unused]] int16_t Shift, float X, float Y)
 {
     if (Button != 1)
         return;
@@ -39,9 +39,8 @@ void frmMain::imgPieces_MouseDown(int16_t Index, int16_t Button, [[maybe_unused]
     SetMousePointer(Pointer::Move);
 }
 
-void frmMain::imgPieces_MouseMove([[maybe_unused]] int16_t Index,
-                                  [[maybe_unused]] int16_t Button,
-                                  [[maybe_unused]] int16_t Shift, float X, float Y)
+void frmMain::imgPieces_MouseMove([[maybe_unused]] int16_t Index, [[maybe_unused]] int16_t Button,
+    [[maybe_unused]] int16_t Shift, float X, float Y)
 {
     if (!drag.dragging)
         return;
@@ -60,8 +59,8 @@ void frmMain::imgPieces_MouseMove([[maybe_unused]] int16_t Index,
     SetMousePointer(step.pointer);
 }
 
-void frmMain::imgPieces_MouseUp(int16_t Index, int16_t Button, [[maybe_unused]] int16_t Shift,
-                                float X, float Y)
+void frmMain::imgPieces_MouseUp(
+    int16_t Index, int16_t Button, [[maybe_unused]] int16_t Shift, float X, float Y)
 {
     // A release with no drag held (the toolkit may deliver one on its own)
     // has nothing to settle.
@@ -91,7 +90,7 @@ void frmMain::FinishGame()
     HideBoard();
     ShowCongratulation();
     platform_.MsgBox(this,
-                     QStringLiteral("Congratulations!! You finished the game in ")
-                         + QString::number(game.steps) + QStringLiteral(" steps."),
-                     Buttons::Ok, Icon::Exclamation, QStringLiteral("Quorvel - Congratulations"));
+        QStringLiteral("Congratulations!! You finished the game in ") + QString::number(game.steps)
+            + QStringLiteral(" steps."),
+        Buttons::Ok, Icon::Exclamation, QStringLiteral("Quorvel - Congratulations"));
 }

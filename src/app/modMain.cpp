@@ -6,8 +6,8 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QFile>
+#include <QFileInfo>
 #include <QIcon>
 
 #include <cerrno>
@@ -24,12 +24,13 @@ bool NameExists(const QString &path)
     return info.exists() || info.isSymLink();
 }
 
-void ReportStartupFailure(Platform &platform, const QString &what, const QString &path,
-                          const QString &reason)
+void ReportStartupFailure(
+    Platform &platform, const QString &what, const QString &path, const QString &reason)
 {
-    platform.MsgBox(nullptr, what + QStringLiteral("\r\n") + QDir::toNativeSeparators(path)
-                        + QStringLiteral("\r\n") + reason,
-                    Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Error"));
+    platform.MsgBox(nullptr,
+        what + QStringLiteral("\r\n") + QDir::toNativeSeparators(path) + QStringLiteral("\r\n")
+            + reason,
+        Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Error"));
 }
 
 bool EnsureFolder(const QString &folder, const QString &name, Platform &platform)
@@ -40,8 +41,8 @@ bool EnsureFolder(const QString &folder, const QString &name, Platform &platform
     if (::mkdir(QFile::encodeName(path).constData(), 0777) == 0)
         return true;
     ReportStartupFailure(platform,
-                         QStringLiteral("An error has occurred while attempting to create the folder"),
-                         path, QString::fromLocal8Bit(std::strerror(errno)));
+        QStringLiteral("An error has occurred while attempting to create the folder"), path,
+        QString::fromLocal8Bit(std::strerror(errno)));
     return false;
 }
 
@@ -52,7 +53,8 @@ bool SettingNamesPresentSkin(const QString &folder, const QString &settingsPath)
     QString setting;
     if (ReadSkinSetting(settingsPath, setting))
         return false;
-    return IsPlainFileName(setting) && QFileInfo(folder + QStringLiteral("/skins/") + setting).isFile();
+    return IsPlainFileName(setting)
+        && QFileInfo(folder + QStringLiteral("/skins/") + setting).isFile();
 }
 
 } // namespace
@@ -67,8 +69,8 @@ void InitAppFiles(const QString &programFolder, Platform &platform, bool &ok)
     if (QFileInfo(settingsPath).isFile() && SettingNamesPresentSkin(programFolder, settingsPath))
         return;
     if (const FileError error = WriteSkinSetting(settingsPath, DefaultSkin)) {
-        ReportStartupFailure(
-            platform, QStringLiteral("An error has occurred while attempting to write the settings file"),
+        ReportStartupFailure(platform,
+            QStringLiteral("An error has occurred while attempting to write the settings file"),
             settingsPath, error.description);
         ok = false;
     }

@@ -10,9 +10,9 @@ void CentreOver(QWidget &dialog, const QWidget &owner, float unitsPerPixelX, flo
     QSize outer = dialog.frameGeometry().size();
     if (!dialog.isVisible())
         outer = dialog.size() + (ownerOuter.size() - owner.size());
-    const int left = CentredOrigin(ownerOuter.x() * unitsPerPixelX, ownerOuter.width() * unitsPerPixelX,
-                                   outer.width() * unitsPerPixelX);
-    const int top = CentredOrigin(ownerOuter.y() * unitsPerPixelY, ownerOuter.height() * unitsPerPixelY,
-                                  outer.height() * unitsPerPixelY);
+    const int left = CentredOrigin(ownerOuter.x() * unitsPerPixelX,
+        ownerOuter.width() * unitsPerPixelX, outer.width() * unitsPerPixelX);
+    const int top = CentredOrigin(ownerOuter.y() * unitsPerPixelY,
+        ownerOuter.height() * unitsPerPixelY, outer.height() * unitsPerPixelY);
     dialog.move(RoundHalfEven(left / unitsPerPixelX), RoundHalfEven(top / unitsPerPixelY));
 }

@@ -52,7 +52,7 @@ void AboutLabel::mousePressEvent(QMouseEvent *event)
 void AboutLabel::mouseMoveEvent(QMouseEvent *event)
 {
     int16_t buttons = 0;
-    for (const Qt::MouseButton button : { Qt::LeftButton, Qt::RightButton, Qt::MiddleButton })
+    for (const Qt::MouseButton button : {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton})
         if (event->buttons() & button)
             buttons = int16_t(buttons | ButtonCode(button));
     const int16_t shift = ShiftCode(event->modifiers());
@@ -87,8 +87,9 @@ void AboutLabel::mouseDoubleClickEvent(QMouseEvent *event)
 }
 
 frmAbout::frmAbout(frmMain &main)
-    : QDialog(&main, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
-                        | Qt::WindowCloseButtonHint | Qt::MSWindowsFixedSizeDialogHint)
+    : QDialog(&main,
+        Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint
+            | Qt::MSWindowsFixedSizeDialogHint)
     , main_(main)
 {
     setWindowTitle(QStringLiteral("About"));
@@ -115,7 +116,7 @@ frmAbout::frmAbout(frmMain &main)
     linkFont.setPointSizeF(8.25);
     linkFont.setWeight(QFont::Normal);
     linkFont.setUnderline(true);
-    for (QLabel *link : { static_cast<QLabel *>(lblEmail), static_cast<QLabel *>(lblUpdates) }) {
+    for (QLabel *link : {static_cast<QLabel *>(lblEmail), static_cast<QLabel *>(lblUpdates)}) {
         link->setTextFormat(Qt::PlainText);
         link->setFont(linkFont);
         SetLinkColour(*link, QColor(0, 0, 255));
@@ -151,20 +152,19 @@ QColor frmAbout::LinkColour(const QLabel &label)
 }
 
 void frmAbout::lblEmail_MouseMove([[maybe_unused]] int16_t Button, [[maybe_unused]] int16_t Shift,
-                                  [[maybe_unused]] float X, [[maybe_unused]] float Y)
+    [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     lblEmail->setCursor(HandCursor());
 }
 
-void frmAbout::lblUpdates_MouseMove([[maybe_unused]] int16_t Button,
-                                    [[maybe_unused]] int16_t Shift, [[maybe_unused]] float X,
-                                    [[maybe_unused]] float Y)
+void frmAbout::lblUpdates_MouseMove([[maybe_unused]] int16_t Button, [[maybe_unused]] int16_t Shift,
+    [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     lblUpdates->setCursor(HandCursor());
 }
 
 void frmAbout::lblEmail_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift,
-                                  [[maybe_unused]] float X, [[maybe_unused]] float Y)
+    [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     SetLinkColour(*lblEmail, QColor(255, 0, 0));
     if (Shift == 5)
@@ -172,7 +172,7 @@ void frmAbout::lblEmail_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift
 }
 
 void frmAbout::lblUpdates_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift,
-                                    [[maybe_unused]] float X, [[maybe_unused]] float Y)
+    [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     SetLinkColour(*lblUpdates, QColor(255, 0, 0));
     if (Shift == 5 && eggStep == 2)
@@ -181,14 +181,15 @@ void frmAbout::lblUpdates_MouseDown([[maybe_unused]] int16_t Button, int16_t Shi
 
 void frmAbout::lblEmail_Click()
 {
-    const QString target = QStringLiteral("mailto:") + ContactAddress + QStringLiteral("?Subject=Quorvel");
+    const QString target
+        = QStringLiteral("mailto:") + ContactAddress + QStringLiteral("?Subject=Quorvel");
     if (main_.platform().OpenDocument(target))
         return;
     main_.platform().MsgBox(this,
-                            QStringLiteral("Unable to start your Email agent automatically.\r\n")
-                                + QStringLiteral("Please send an Email to ") + ContactAddress
-                                + QStringLiteral(" manually."),
-                            Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Email"));
+        QStringLiteral("Unable to start your Email agent automatically.\r\n")
+            + QStringLiteral("Please send an Email to ") + ContactAddress
+            + QStringLiteral(" manually."),
+        Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Email"));
 }
 
 void frmAbout::lblUpdates_Click()
@@ -196,14 +197,13 @@ void frmAbout::lblUpdates_Click()
     if (main_.platform().OpenDocument(WebAddress))
         return;
     main_.platform().MsgBox(this,
-                            QStringLiteral("Unable to start your web browser automatically.\r\n")
-                                + QStringLiteral("Please goto the site ") + WebAddress
-                                + QStringLiteral(" manually."),
-                            Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Updates"));
+        QStringLiteral("Unable to start your web browser automatically.\r\n")
+            + QStringLiteral("Please goto the site ") + WebAddress + QStringLiteral(" manually."),
+        Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Updates"));
 }
 
 void frmAbout::imgVess_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift,
-                                 [[maybe_unused]] float X, [[maybe_unused]] float Y)
+    [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     if (eggStep != 3 || Shift != 1)
         return;
@@ -214,5 +214,5 @@ void frmAbout::imgVess_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift,
     for (int16_t i = 6; i <= 9; ++i)
         main_.imgPieces[i]->SetPicture(clip.Clip());
     main_.platform().MsgBox(this, QStringLiteral("You have found the Easter Egg!"), Buttons::Ok,
-                            Icon::Information, QStringLiteral("Quorvel - Easter Egg"));
+        Icon::Information, QStringLiteral("Quorvel - Easter Egg"));
 }

@@ -20,8 +20,9 @@ QStringList ListMatchingFiles(const QString &folder, const QString &pattern)
 }
 
 frmFile::frmFile(frmMain &main)
-    : QDialog(&main, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
-                        | Qt::WindowCloseButtonHint | Qt::MSWindowsFixedSizeDialogHint)
+    : QDialog(&main,
+        Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint
+            | Qt::MSWindowsFixedSizeDialogHint)
     , main_(main)
 {
     setWindowTitle(QStringLiteral("File"));

@@ -8,8 +8,9 @@
 #include <QPushButton>
 
 frmLevel::frmLevel(frmMain &main)
-    : QDialog(&main, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
-                        | Qt::WindowCloseButtonHint | Qt::MSWindowsFixedSizeDialogHint)
+    : QDialog(&main,
+        Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint
+            | Qt::MSWindowsFixedSizeDialogHint)
     , main_(main)
 {
     setWindowTitle(QStringLiteral("Choose Level"));

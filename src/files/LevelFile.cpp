@@ -1,7 +1,7 @@
 #include "LevelFile.h"
 
-#include "CodePage.h"
 #include "Bytes.h"
+#include "CodePage.h"
 
 LevelTable ClearedLevels()
 {
@@ -45,9 +45,9 @@ FileError ReadLevelFile(const QString &path, LevelTable &levels)
     if (FileError error = ReadFileStart(path, LevelFileSize, bytes, Lock::Exclusive))
         return error;
     if (!ParseLevels(bytes, levels))
-        return { ShortFileError,
-                 QStringLiteral("Input past end of file: %1 bytes where %2 were expected")
-                     .arg(bytes.size())
-                     .arg(int(LevelFileSize)) };
+        return {ShortFileError,
+            QStringLiteral("Input past end of file: %1 bytes where %2 were expected")
+                .arg(bytes.size())
+                .arg(int(LevelFileSize))};
     return {};
 }

@@ -17,8 +17,12 @@
 
 #include <array>
 
-enum { LevelCount = 70, LevelNameLength = 10, LevelRecordSize = 30,
-       LevelFileSize = LevelCount * LevelRecordSize };
+enum {
+    LevelCount = 70,
+    LevelNameLength = 10,
+    LevelRecordSize = 30,
+    LevelFileSize = LevelCount * LevelRecordSize
+};
 
 struct LevelRecord
 {

@@ -20,7 +20,8 @@ enum class Lock { None, Exclusive };
 // Reads up to `limit` bytes from the start. With Lock::Exclusive the file is
 // locked against every other reader and writer while it is open, and a file
 // that someone else holds locked fails like an unreadable one.
-FileError ReadFileStart(const QString &path, qint64 limit, QByteArray &bytes, Lock lock = Lock::None);
+FileError ReadFileStart(
+    const QString &path, qint64 limit, QByteArray &bytes, Lock lock = Lock::None);
 
 // Writes `bytes` at the start, creating the file when missing and leaving any
 // longer tail of an older file in place. A file this call created is removed

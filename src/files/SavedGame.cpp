@@ -46,7 +46,8 @@ QString ParseSavedGame(const QByteArray &bytes, SavedGameRecord &record)
         return QStringLiteral("Its step count %1 is negative.").arg(read.steps);
     const std::string layoutError = CheckLayout(read.codes);
     if (!layoutError.empty())
-        return QStringLiteral("Its layout is damaged: %1.").arg(QString::fromStdString(layoutError));
+        return QStringLiteral("Its layout is damaged: %1.")
+            .arg(QString::fromStdString(layoutError));
     record = read;
     return {};
 }

@@ -125,10 +125,10 @@ void GameState::MarkSmallPiece(const int16_t &p)
 void GameState::MarkAllPieces()
 {
     MarkBigPiece(0);
-    for (const int16_t p : { 4, 2, 5, 3 })
+    for (const int16_t p : {4, 2, 5, 3})
         MarkVerticalPiece(p);
     MarkHorizontalPiece(1);
-    for (const int16_t p : { 6, 7, 8, 9 })
+    for (const int16_t p : {6, 7, 8, 9})
         MarkSmallPiece(p);
 }
 
@@ -155,8 +155,8 @@ bool GameState::FootprintFree(int16_t piece, int16_t col, int16_t row) const
     return true;
 }
 
-bool GameState::CanSlideHorizontally(int16_t piece, int16_t fromCol, int16_t toCol,
-                                     int16_t row) const
+bool GameState::CanSlideHorizontally(
+    int16_t piece, int16_t fromCol, int16_t toCol, int16_t row) const
 {
     for (int16_t c = std::min(fromCol, toCol); c <= std::max(fromCol, toCol); ++c)
         if (!FootprintFree(piece, c, row))
@@ -164,8 +164,7 @@ bool GameState::CanSlideHorizontally(int16_t piece, int16_t fromCol, int16_t toC
     return true;
 }
 
-bool GameState::CanSlideVertically(int16_t piece, int16_t fromRow, int16_t toRow,
-                                   int16_t col) const
+bool GameState::CanSlideVertically(int16_t piece, int16_t fromRow, int16_t toRow, int16_t col) const
 {
     for (int16_t r = std::min(fromRow, toRow); r <= std::max(fromRow, toRow); ++r)
         if (!FootprintFree(piece, col, r))

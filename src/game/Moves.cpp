@@ -21,17 +21,17 @@ int16_t CellOfPixel(int32_t pixel)
     return static_cast<int16_t>((pixel - BoardOriginPx) / CellPx);
 }
 
-Cell MouseCell(float imageLeft, float imageTop, float X, float Y, float unitsPerPixelX,
-               float unitsPerPixelY)
+Cell MouseCell(
+    float imageLeft, float imageTop, float X, float Y, float unitsPerPixelX, float unitsPerPixelY)
 {
-    return { CellOfPixel(PointerPixel(imageLeft, X, unitsPerPixelX)),
-             CellOfPixel(PointerPixel(imageTop, Y, unitsPerPixelY)) };
+    return {CellOfPixel(PointerPixel(imageLeft, X, unitsPerPixelX)),
+        CellOfPixel(PointerPixel(imageTop, Y, unitsPerPixelY))};
 }
 
 Cell GrabOffset(float X, float Y, float unitsPerPixelX, float unitsPerPixelY)
 {
-    return { static_cast<int16_t>(RoundHalfEven(X) / RoundHalfEven(unitsPerPixelX) / CellPx),
-             static_cast<int16_t>(RoundHalfEven(Y) / RoundHalfEven(unitsPerPixelY) / CellPx) };
+    return {static_cast<int16_t>(RoundHalfEven(X) / RoundHalfEven(unitsPerPixelX) / CellPx),
+        static_cast<int16_t>(RoundHalfEven(Y) / RoundHalfEven(unitsPerPixelY) / CellPx)};
 }
 
 float DragEdge(int16_t cell, float unitsPerPixel)
@@ -89,8 +89,8 @@ namespace {
 
 Cell TopLeftOf(Cell mouse, const Drag &drag)
 {
-    return { static_cast<int16_t>(mouse.col - drag.grabCol),
-             static_cast<int16_t>(mouse.row - drag.grabRow) };
+    return {static_cast<int16_t>(mouse.col - drag.grabCol),
+        static_cast<int16_t>(mouse.row - drag.grabRow)};
 }
 
 // The straight path from the block's place at the press to the clamped cell;
@@ -100,11 +100,9 @@ bool PathFree(const GameState &game, const Drag &drag, Cell mouse)
     const Cell target = TopLeftOf(mouse, drag);
     if (mouse.col == drag.startCol)
         return game.CanSlideVertically(drag.dragPiece,
-                                       static_cast<int16_t>(drag.startRow - drag.grabRow),
-                                       target.row, target.col);
-    return game.CanSlideHorizontally(drag.dragPiece,
-                                     static_cast<int16_t>(drag.startCol - drag.grabCol),
-                                     target.col, target.row);
+            static_cast<int16_t>(drag.startRow - drag.grabRow), target.row, target.col);
+    return game.CanSlideHorizontally(
+        drag.dragPiece, static_cast<int16_t>(drag.startCol - drag.grabCol), target.col, target.row);
 }
 
 } // namespace
@@ -141,12 +139,12 @@ Drop DecideDrop(const GameState &game, const Drag &drag, Cell mouse)
     }
     if (!sameCol && !sameRow) {
         drop.kind = Drop::Diagonal;
-        drop.topLeft = TopLeftOf({ drag.startCol, drag.startRow }, drag);
+        drop.topLeft = TopLeftOf({drag.startCol, drag.startRow}, drag);
         return drop;
     }
     drop.kind = Drop::Straight;
     if (!PathFree(game, drag, drop.mouse))
-        drop.mouse = { drag.lastCol, drag.lastRow };
+        drop.mouse = {drag.lastCol, drag.lastRow};
     drop.topLeft = TopLeftOf(drop.mouse, drag);
     return drop;
 }
@@ -156,7 +154,7 @@ void CarryOutDrop(GameState &game, int16_t piece, const Drag &drag, const Drop &
     // Removing comes before placing: a block two cells long that moves one
     // cell along its length overlaps its old place.
     game.RemovePieceFromBoard(piece, static_cast<int16_t>(drag.startCol - drag.grabCol),
-                              static_cast<int16_t>(drag.startRow - drag.grabRow));
+        static_cast<int16_t>(drag.startRow - drag.grabRow));
     game.PlacePieceOnBoard(piece, drop.topLeft.col, drop.topLeft.row);
     if (drop.mouse.col != drag.startCol || drop.mouse.row != drag.startRow)
         ++game.steps;

@@ -34,8 +34,8 @@ int16_t CellOfPixel(int32_t pixel);
 
 // The cell under the pointer, from the held image's edges and the pointer's
 // offset inside it, all in coordinate units.
-Cell MouseCell(float imageLeft, float imageTop, float X, float Y, float unitsPerPixelX,
-               float unitsPerPixelY);
+Cell MouseCell(
+    float imageLeft, float imageTop, float X, float Y, float unitsPerPixelX, float unitsPerPixelY);
 
 // Which cell of the block the pointer grabbed, counted from its top-left cell.
 Cell GrabOffset(float X, float Y, float unitsPerPixelX, float unitsPerPixelY);

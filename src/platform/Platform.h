@@ -24,12 +24,12 @@ class Platform
 public:
     virtual ~Platform() = default;
     // Modal over `owner`; the lines of `text` are joined by CR LF.
-    virtual Answer MsgBox(QWidget *owner, const QString &text, Buttons buttons, Icon icon,
-                          const QString &title)
+    virtual Answer MsgBox(
+        QWidget *owner, const QString &text, Buttons buttons, Icon icon, const QString &title)
         = 0;
     // One line of text; empty on Cancel.
-    virtual QString InputBox(QWidget *owner, const QString &prompt, const QString &title,
-                             const QString &defaultText)
+    virtual QString InputBox(
+        QWidget *owner, const QString &prompt, const QString &title, const QString &defaultText)
         = 0;
     // A local file, a mailto: or a web link. True when it could be handed on.
     virtual bool OpenDocument(const QString &target) = 0;

@@ -40,8 +40,8 @@ QMessageBox::StandardButtons ToQt(Buttons buttons)
 
 } // namespace
 
-Answer QtPlatform::MsgBox(QWidget *owner, const QString &text, Buttons buttons, Icon icon,
-                          const QString &title)
+Answer QtPlatform::MsgBox(
+    QWidget *owner, const QString &text, Buttons buttons, Icon icon, const QString &title)
 {
     // Lines arrive joined by CR LF; the label breaks on the LF alone.
     QString shown = text;
@@ -64,8 +64,8 @@ Answer QtPlatform::MsgBox(QWidget *owner, const QString &text, Buttons buttons, 
     }
 }
 
-QString QtPlatform::InputBox(QWidget *owner, const QString &prompt, const QString &title,
-                             const QString &defaultText)
+QString QtPlatform::InputBox(
+    QWidget *owner, const QString &prompt, const QString &title, const QString &defaultText)
 {
     bool ok = false;
     const QString text

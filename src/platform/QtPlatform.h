@@ -7,9 +7,9 @@ class QtPlatform : public Platform
 {
 public:
     Answer MsgBox(QWidget *owner, const QString &text, Buttons buttons, Icon icon,
-                  const QString &title) override;
+        const QString &title) override;
     QString InputBox(QWidget *owner, const QString &prompt, const QString &title,
-                     const QString &defaultText) override;
+        const QString &defaultText) override;
     bool OpenDocument(const QString &target) override;
     ScreenMetrics Screen() const override;
 };

@@ -30,13 +30,14 @@ QColor TextColour(const QLabel *label)
 QString BlockPictures(const frmMain &form, const QImage &skin)
 {
     QStringList seen;
-    for (int i : { 0, 6, 7, 8, 9 }) {
-        const QImage shown = form.imgPieces[i]->pixmap().toImage().convertToFormat(QImage::Format_RGB32);
+    for (int i : {0, 6, 7, 8, 9}) {
+        const QImage shown
+            = form.imgPieces[i]->pixmap().toImage().convertToFormat(QImage::Format_RGB32);
         const QRect usual = i == 0 ? QRect(20, 20, 120, 120) : QRect(200, 140, 60, 60);
         const QRect second = i == 0 ? QRect(140, 20, 120, 120) : QRect(140, 140, 60, 60);
-        seen << (shown == skin.copy(usual)        ? "usual"
-                     : shown == skin.copy(second) ? "second"
-                                                  : "other");
+        seen << (shown == skin.copy(usual)   ? "usual"
+                : shown == skin.copy(second) ? "second"
+                                             : "other");
     }
     return seen.join(' ');
 }
@@ -125,9 +126,9 @@ void tst_About::showsTheVersionFirstAndBlueLinks()
 
     QVERIFY(blue && underlined && okFocused);
     QCOMPARE(seen.size(), 6);
-    QCOMPARE(seen.mid(0, 3), (QStringList { "About", "Quorvel Version 1.01", "" }));
+    QCOMPARE(seen.mid(0, 3), (QStringList {"About", "Quorvel Version 1.01", ""}));
     QVERIFY(seen[3].startsWith("Copyright"));
-    QCOMPARE(seen.mid(4), (QStringList { "Email: " + ContactAddress, "Updates:  " + WebAddress }));
+    QCOMPARE(seen.mid(4), (QStringList {"Email: " + ContactAddress, "Updates:  " + WebAddress}));
     QVERIFY(game.platform.Done());
 }
 
@@ -191,7 +192,7 @@ void tst_About::easterEggWantsItsOrder()
     }
 
     QCOMPARE(game.platform.Shown(),
-             QStringList(found, "Quorvel - Easter Egg | You have found the Easter Egg!"));
+        QStringList(found, "Quorvel - Easter Egg | You have found the Easter Egg!"));
     QVERIFY(AllInformation(game.platform));
     QCOMPARE(BlockPictures(game.form, KnownSkin()), found ? Second : Usual);
     QVERIFY(game.platform.Opened().isEmpty());
@@ -282,9 +283,9 @@ void tst_About::linksOpenTheirTargetsOrSayHowToReachThem()
     const QString target = link == "mail" ? "mailto:" + ContactAddress + "?Subject=Quorvel"
         : link == "web"                   ? WebAddress
                                           : game.folder.File("qvl.html");
-    QCOMPARE(game.platform.Opened(), QStringList { target });
+    QCOMPARE(game.platform.Opened(), QStringList {target});
     shown.replace("<folder>", QDir::toNativeSeparators(game.folder.path()));
-    QCOMPARE(game.platform.Shown(), opens ? QStringList() : QStringList { shown });
+    QCOMPARE(game.platform.Shown(), opens ? QStringList() : QStringList {shown});
     QVERIFY(AllInformation(game.platform));
     QVERIFY(box.isVisible());
     QVERIFY(game.platform.Done());

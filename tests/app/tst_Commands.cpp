@@ -36,13 +36,13 @@ const QString Overwrite = "Quorvel - Saving | File already exists. Overwrite it?
 // Steps 25 at level 1 named "Saved One ", the blocks as in AfterOneStep.
 const QByteArray SavedAtLevelOne("\x19\0\0\0\0\0Saved One \x01\0\x15\0\0\0\x03\0\x14\0\x17\0\x29\0"
                                  "\x20\0\x28\0\x2B\0",
-                                 36);
+    36);
 
 // Every box as "title | text | icon buttons": a wrong icon or button set fails too.
 QStringList Boxes(const ScriptedPlatform &platform)
 {
-    const char *icons[] = { "critical", "question", "exclamation", "information" };
-    const char *buttons[] = { "ok", "yes-no", "yes-no-cancel" };
+    const char *icons[] = {"critical", "question", "exclamation", "information"};
+    const char *buttons[] = {"ok", "yes-no", "yes-no-cancel"};
     QStringList boxes;
     for (const ScriptedPlatform::Call &call : platform.Calls())
         boxes << call.title + " | " + call.text + " | " + icons[int(call.icon)] + " "
@@ -54,10 +54,10 @@ QStringList Boxes(const ScriptedPlatform &platform)
 void Answers(ScriptedPlatform &platform, const QString &letters)
 {
     for (const QChar letter : letters)
-        platform.Reply(letter == 'Y'       ? Answer::Yes
-                           : letter == 'N' ? Answer::No
-                           : letter == 'C' ? Answer::Cancel
-                                           : Answer::Ok);
+        platform.Reply(letter == 'Y' ? Answer::Yes
+                : letter == 'N'      ? Answer::No
+                : letter == 'C'      ? Answer::Cancel
+                                     : Answer::Ok);
 }
 
 QStringList Rows(const QListWidget *list)
@@ -126,14 +126,14 @@ Act PickFile(const QString &name, std::function<void()> before = {})
 // A program started on a fresh folder, as start-up leaves it.
 struct Game
 {
-    explicit Game(std::initializer_list<const char *> pictures = { Start, NearlySolved })
+    explicit Game(std::initializer_list<const char *> pictures = {Start, NearlySolved})
         : folder(pictures)
         , form(platform, folder.path())
     {
         QVERIFY(StartUp(form, platform, folder));
     }
     // Block 6 one cell down: the game has changed.
-    void Step() { DragBlock(form, 6, { 1, 3 }, { { 1, 4 } }); }
+    void Step() { DragBlock(form, 6, {1, 3}, {{1, 4}}); }
     QString Saved(const QString &name) const { return folder.File("saved/" + name + ".sav"); }
     ScriptedPlatform platform;
     ProgramFolder folder;
@@ -176,32 +176,32 @@ void tst_Commands::saveAsksUntilTheNameIsUsable_data()
     QTest::addColumn<QString>("saved"); // the game's name, empty when nothing is written
 
     const auto row = [](const char *name, QStringList typed, const char *answers, QStringList boxes,
-                        QStringList defaults, QString saved) {
+                         QStringList defaults, QString saved) {
         QTest::newRow(name) << typed << answers << boxes << defaults << saved;
     };
     const QString x32(32, 'x'), x33(33, 'x'), longAndForbidden = "a.b" + QString(30, 'c');
-    row("cancel-then-give-up", { "" }, "Y", { Proceed }, { "" }, "");
-    row("cancel-then-ask-again-empty", { "", "Mine" }, "N", { Proceed }, { "", "" }, "Mine");
-    row("32-characters", { x32 }, "", {}, { "" }, x32);
-    row("33-characters", { x33, x32 }, "O", { TooLong }, { "", x33 }, x32);
-    row("too-long-and-forbidden-is-too-long", { longAndForbidden, "ab" }, "O", { TooLong },
-        { "", longAndForbidden }, "ab");
+    row("cancel-then-give-up", {""}, "Y", {Proceed}, {""}, "");
+    row("cancel-then-ask-again-empty", {"", "Mine"}, "N", {Proceed}, {"", ""}, "Mine");
+    row("32-characters", {x32}, "", {}, {""}, x32);
+    row("33-characters", {x33, x32}, "O", {TooLong}, {"", x33}, x32);
+    row("too-long-and-forbidden-is-too-long", {longAndForbidden, "ab"}, "O", {TooLong},
+        {"", longAndForbidden}, "ab");
     // A character beyond 16 bits is one character, though not in the code page.
     const QString faces = QString::fromUcs4(std::u32string(17, U'\U0001F600').c_str(), 17);
-    row("17-characters-beyond-16-bits", { faces, "ab" }, "O", { Illegal }, { "", faces }, "ab");
-    const char *names[] = { "double-quote", "backslash", "asterisk", "question-mark", "dot", "colon",
-                            "tab", "control-character", "y-diaeresis", "outside-the-code-page" };
+    row("17-characters-beyond-16-bits", {faces, "ab"}, "O", {Illegal}, {"", faces}, "ab");
+    const char *names[] = {"double-quote", "backslash", "asterisk", "question-mark", "dot", "colon",
+        "tab", "control-character", "y-diaeresis", "outside-the-code-page"};
     const QString forbidden = QString("\"\\*?.:\t\x01") + QChar(0xFF) + QChar(0x0394);
     for (int i = 0; i < forbidden.size(); ++i) {
         const QString name = QString("a%1b").arg(forbidden[i]);
-        row(names[i], { name, "ab" }, "O", { Illegal }, { "", name }, "ab");
+        row(names[i], {name, "ab"}, "O", {Illegal}, {"", name}, "ab");
     }
-    for (const char *name : { "My game - 2", " spaces kept ", "<a|b> & (c)", "Caf\u00E9 \u20AC\u00FE" })
-        row(name, { name }, "", {}, { "" }, name);
-    row("existing-no-then-yes", { "Old", "Old" }, "NY", { Overwrite, Overwrite }, { "", "Old" },
-        "Old");
-    row("read-only-counts-as-existing", { "Locked", "" }, "NY", { Overwrite, Proceed },
-        { "", "Locked" }, "");
+    for (const char *name :
+        {"My game - 2", " spaces kept ", "<a|b> & (c)", "Caf\u00E9 \u20AC\u00FE"})
+        row(name, {name}, "", {}, {""}, name);
+    row("existing-no-then-yes", {"Old", "Old"}, "NY", {Overwrite, Overwrite}, {"", "Old"}, "Old");
+    row("read-only-counts-as-existing", {"Locked", ""}, "NY", {Overwrite, Proceed}, {"", "Locked"},
+        "");
 }
 
 void tst_Commands::saveAsksUntilTheNameIsUsable()
@@ -229,7 +229,7 @@ void tst_Commands::saveAsksUntilTheNameIsUsable()
     for (const QString &text : defaults)
         asked << "Quorvel - Saving Game | What is the name of the game? | " + text;
     QCOMPARE(game.platform.Asked(), asked);
-    QStringList files { "Locked.sav", "Old.sav" };
+    QStringList files {"Locked.sav", "Old.sav"};
     QStringList found = QDir(game.folder.File("saved")).entryList(QDir::Files);
     if (!saved.isEmpty() && saved != "Old")
         files << saved + ".sav";
@@ -251,16 +251,16 @@ void tst_Commands::savedFileHoldsStepsLevelNameAndBlocks()
     Game game;
     ChooseLevel(game.form, 4);
     game.Step();
-    DragBlock(game.form, 7, { 2, 3 }, { { 1, 3 } });
+    DragBlock(game.form, 7, {2, 3}, {{1, 3}});
     QCOMPARE(BoardPicture(game.form.game), QByteArray("2003/2003/4115/47.5/86.9"));
     game.platform.Type("Two steps");
 
     game.form.mnuSaveGame_Click();
 
     QCOMPARE(game.folder.Read("saved/Two steps.sav"),
-             QByteArray("\2\0\0\0\4\0Level 05  \x01\0\x15\0\0\0\x03\0\x14\0\x17\0\x29\0\x1F\0"
-                        "\x28\0\x2B\0",
-                        36));
+        QByteArray("\2\0\0\0\4\0Level 05  \x01\0\x15\0\0\0\x03\0\x14\0\x17\0\x29\0\x1F\0"
+                   "\x28\0\x2B\0",
+            36));
     game.form.close(); // a saved game is left without a question
     QVERIFY(!game.form.isVisible());
     QCOMPARE(Boxes(game.platform), QStringList());
@@ -272,9 +272,15 @@ void tst_Commands::failedWriteKeepsTheGameUnsaved_data()
     QTest::addColumn<QString>("breakage");
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("path"); // in the program folder
-    QTest::newRow("saved-is-a-file") << "file" << "Mine" << "saved/Mine.sav";
-    QTest::newRow("folder-of-that-name") << "folder" << "Mine" << "saved/Mine.sav";
-    QTest::newRow("name-with-a-slash") << "" << "a/b" << "saved/a/b.sav";
+    QTest::newRow("saved-is-a-file") << "file"
+                                     << "Mine"
+                                     << "saved/Mine.sav";
+    QTest::newRow("folder-of-that-name") << "folder"
+                                         << "Mine"
+                                         << "saved/Mine.sav";
+    QTest::newRow("name-with-a-slash") << ""
+                                       << "a/b"
+                                       << "saved/a/b.sav";
 }
 
 void tst_Commands::failedWriteKeepsTheGameUnsaved()
@@ -299,7 +305,7 @@ void tst_Commands::failedWriteKeepsTheGameUnsaved()
 
     game.form.mnuSaveGame_Click();
 
-    QCOMPARE(Boxes(game.platform), QStringList { error });
+    QCOMPARE(Boxes(game.platform), QStringList {error});
     QVERIFY(game.form.gameChanged);
     QVERIFY(!QFileInfo(game.folder.File(path)).isFile());
     QCOMPARE(BoardPicture(game.form.game), QByteArray(AfterOneStep));
@@ -309,7 +315,7 @@ void tst_Commands::failedWriteKeepsTheGameUnsaved()
     Answers(game.platform, "YO");
     game.form.mnuExit_Click();
     const QString exit = "Quorvel - Exit | " + SavePrompt + " | question yes-no-cancel";
-    QCOMPARE(Boxes(game.platform), (QStringList { error, exit, error }));
+    QCOMPARE(Boxes(game.platform), (QStringList {error, exit, error}));
     QVERIFY(!game.form.isVisible());
     QVERIFY(game.platform.Done());
 }
@@ -326,16 +332,16 @@ void tst_Commands::leavingAChangedGameOffersToSave_data()
     {
         const char *command, *title, *chooser;
     } commands[] = {
-        { "new-game", "Quorvel - New Game", "Choose Level" },
-        { "load-game", "Quorvel - Load game", "Load Game" },
-        { "exit", "Quorvel - Exit", nullptr },
-        { "close-control", "Quorvel - Exit", nullptr },
+        {"new-game", "Quorvel - New Game", "Choose Level"},
+        {"load-game", "Quorvel - Load game", "Load Game"},
+        {"exit", "Quorvel - Exit", nullptr},
+        {"close-control", "Quorvel - Exit", nullptr},
     };
     for (const auto &c : commands) {
         const auto row = [&](const char *answer, bool goesOn, bool changedAfter) {
             QTest::addRow("%s-%s", c.command, answer)
                 << c.command << answer << c.title
-                << (goesOn && c.chooser ? QStringList { c.chooser } : QStringList {})
+                << (goesOn && c.chooser ? QStringList {c.chooser} : QStringList {})
                 << (goesOn && !c.chooser) << changedAfter;
         };
         // Loading counts the game as unchanged once the chooser is up, even
@@ -401,14 +407,14 @@ void tst_Commands::loadingRestoresTheSavedGame()
     Game game;
     Answers(game.platform, "O");
     ChooseLevel(game.form, 1);
-    DragBlock(game.form, 0, { 1, 2 }, { { 1, 3 } }); // the big block reaches the exit
+    DragBlock(game.form, 0, {1, 2}, {{1, 3}}); // the big block reaches the exit
     QVERIFY(game.form.imgCong->isVisible());
     game.folder.Write("saved/Resumed.sav", SavedAtLevelOne);
     game.folder.Write("saved/Another.sav", QByteArray(SavedAtLevelOne).replace(0, 1, "\5"));
     {
-        Dialogs dialogs { PickFile("Resumed.sav") };
+        Dialogs dialogs {PickFile("Resumed.sav")};
         game.form.mnuLoadGame_Click();
-        QCOMPARE(dialogs.captions, QStringList { "Load Game" });
+        QCOMPARE(dialogs.captions, QStringList {"Load Game"});
     }
 
     QCOMPARE(BoardPicture(game.form.game), QByteArray(AfterOneStep));
@@ -419,17 +425,17 @@ void tst_Commands::loadingRestoresTheSavedGame()
     QVERIFY(game.form.mnuSaveGame->isEnabled());
     QVERIFY(!game.form.gameChanged);
 
-    DragBlock(game.form, 7, { 2, 3 }, { { 1, 3 } });
+    DragBlock(game.form, 7, {2, 3}, {{1, 3}});
     QCOMPARE(game.form.lblSteps->text(), "Steps: 26");
     // The name from the file stays with its level in the chooser.
     QStringList rows;
     Answers(game.platform, "N");
-    Dialogs dialogs { [&rows](QDialog *dialog) {
+    Dialogs dialogs {[&rows](QDialog *dialog) {
         rows = Rows(static_cast<frmLevel *>(dialog)->lisLevel);
         dialog->reject();
-    } };
+    }};
     game.form.mnuNewGame_Click();
-    QCOMPARE(rows.mid(0, 2), (QStringList { "Level 1 - Saved One ", "Level 2 - Level 02  " }));
+    QCOMPARE(rows.mid(0, 2), (QStringList {"Level 1 - Saved One ", "Level 2 - Level 02  "}));
     QVERIFY(game.platform.Done());
 }
 
@@ -459,10 +465,10 @@ void tst_Commands::damagedSavedGameIsRefused()
     const QString path = game.Saved("Bad");
     Answers(game.platform, "O");
     {
-        Dialogs dialogs { PickFile("Bad.sav", [&] {
+        Dialogs dialogs {PickFile("Bad.sav", [&] {
             if (vanishes)
                 QFile::remove(path);
-        }) };
+        })};
         game.form.mnuLoadGame_Click();
     }
 
@@ -487,16 +493,18 @@ void tst_Commands::chooserAsTheCommandsOpenIt_data()
     QTest::addColumn<QString>("caption");
     QTest::addColumn<QString>("button");
     QTest::addColumn<QStringList>("rows");
-    QTest::newRow("load-game")
-        << "saved" << QStringList { "b.SAV", "a.sav", "Z.sav", "c.sav.old", "sav", "dir.sav/" }
-        << "Load Game" << "Load Game" << QStringList { "a.sav", "b.SAV", "Z.sav" };
-    QTest::newRow("set-skin")
-        << "skins"
-        << QStringList { "b.BMP", "A.gif", "c.jpeg", "d.JPG", "e.Dib", "f.wmf", "g.EMF", "h.png",
-                         "i.tif", "j.bmp.bak", "dir.gif/" }
-        << "Load Skin" << "Set Skin"
-        << QStringList { "A.gif", "b.BMP", "c.jpeg", "d.JPG", "default.bmp", "e.Dib", "f.wmf",
-                         "g.EMF" };
+    QTest::newRow("load-game") << "saved"
+                               << QStringList {"b.SAV", "a.sav", "Z.sav", "c.sav.old", "sav",
+                                      "dir.sav/"}
+                               << "Load Game"
+                               << "Load Game" << QStringList {"a.sav", "b.SAV", "Z.sav"};
+    QTest::newRow("set-skin") << "skins"
+                              << QStringList {"b.BMP", "A.gif", "c.jpeg", "d.JPG", "e.Dib", "f.wmf",
+                                     "g.EMF", "h.png", "i.tif", "j.bmp.bak", "dir.gif/"}
+                              << "Load Skin"
+                              << "Set Skin"
+                              << QStringList {"A.gif", "b.BMP", "c.jpeg", "d.JPG", "default.bmp",
+                                     "e.Dib", "f.wmf", "g.EMF"};
 }
 
 void tst_Commands::chooserAsTheCommandsOpenIt()
@@ -515,21 +523,21 @@ void tst_Commands::chooserAsTheCommandsOpenIt()
     }
     const QByteArray settings = game.folder.Read("qvl.ini");
     QStringList seen;
-    Dialogs dialogs { [&](QDialog *dialog) {
+    Dialogs dialogs {[&](QDialog *dialog) {
         auto *chooser = static_cast<frmFile *>(dialog);
         seen = Rows(chooser->filList);
         seen << chooser->cmdSet->text() << (chooser->cmdSet->isEnabled() ? "enabled" : "disabled")
              << QString::number(chooser->filList->selectedItems().size()) + " selected";
         QTest::mouseClick(chooser->cmdCancel, Qt::LeftButton);
-    } };
+    }};
 
     if (folder == "saved")
         game.form.mnuLoadGame_Click();
     else
         game.form.mnuSetSkin_Click();
 
-    QCOMPARE(dialogs.captions, QStringList { caption });
-    QCOMPARE(seen, rows + QStringList({ button, "enabled", "0 selected" }));
+    QCOMPARE(dialogs.captions, QStringList {caption});
+    QCOMPARE(seen, rows + QStringList({button, "enabled", "0 selected"}));
     QCOMPARE(game.folder.Read("qvl.ini"), settings);
     QCOMPARE(Boxes(game.platform), QStringList());
 }
@@ -542,7 +550,7 @@ void tst_Commands::chooserAnswers_data()
     QTest::addColumn<bool>("staysOpen"); // after the first thing the player does
     QTest::addColumn<QString>("answer"); // "<folder>" the program folder
     const auto row = [](const char *name, int flag, const char *folder, const char *how, bool open,
-                        const char *answer) {
+                         const char *answer) {
         QTest::newRow(name) << flag << folder << how << open << answer;
     };
     row("saved-game-mode-full-path", 1, "saved", "confirm", false, "<folder>/saved/Two.sav");
@@ -565,7 +573,7 @@ void tst_Commands::chooserAnswers()
     QFETCH(bool, staysOpen);
     QFETCH(QString, answer);
     Game game;
-    for (const char *file : { "One.sav", "Two.sav", "Other.txt" })
+    for (const char *file : {"One.sav", "Two.sav", "Other.txt"})
         game.folder.Write(QStringLiteral("saved/") + file, "x");
     game.form.absFilename = "earlier answer";
     frmFile chooser(game.form);
@@ -574,7 +582,7 @@ void tst_Commands::chooserAnswers()
     chooser.SetPattern("*.sav");
     bool stayedOpen = false, confirmEnabled = false;
     int rows = 0;
-    Dialogs dialogs { [&](QDialog *) {
+    Dialogs dialogs {[&](QDialog *) {
         QListWidget *list = chooser.filList;
         rows = list->count();
         confirmEnabled = chooser.cmdSet->isEnabled();
@@ -595,7 +603,7 @@ void tst_Commands::chooserAnswers()
         stayedOpen = chooser.isVisible();
         if (stayedOpen)
             QTest::mouseClick(chooser.cmdCancel, Qt::LeftButton);
-    } };
+    }};
 
     chooser.exec();
 
@@ -633,12 +641,12 @@ void tst_Commands::setSkinAppliesAtOnceAndRemembersIt()
     // Any rewrite of the settings file would drop the tail of this line.
     game.folder.Write("qvl.ini", "default.bmp, as before\r\n");
     Answers(game.platform, ends ? "O" : "");
-    Dialogs dialogs { pick.isEmpty() ? Act([](QDialog *dialog) { dialog->reject(); })
-                                     : PickFile(pick) };
+    Dialogs dialogs {
+        pick.isEmpty() ? Act([](QDialog *dialog) { dialog->reject(); }) : PickFile(pick)};
 
     game.form.mnuSetSkin_Click();
 
-    QCOMPARE(dialogs.captions, QStringList { "Load Skin" });
+    QCOMPARE(dialogs.captions, QStringList {"Load Skin"});
     QCOMPARE(game.folder.Read("qvl.ini"), settings);
     const QImage skin = inverted ? second : KnownSkin();
     QCOMPARE(PictureOf(game.form.imgPieces[0]), skin.copy(20, 20, 120, 120));
@@ -649,7 +657,7 @@ void tst_Commands::setSkinAppliesAtOnceAndRemembersIt()
         = "Quorvel - ERROR | An error has occurred while attempting to load picture \r\n"
         + QDir::toNativeSeparators(game.folder.File("skins/broken.bmp"))
         + "\r\nMake sure the picture exists and is of a correct format. | critical ok";
-    QCOMPARE(Boxes(game.platform), ends ? QStringList { error } : QStringList {});
+    QCOMPARE(Boxes(game.platform), ends ? QStringList {error} : QStringList {});
     QCOMPARE(game.form.Ended(), ends);
     QCOMPARE(game.form.isVisible(), !ends);
     QVERIFY(game.platform.Done());

@@ -39,21 +39,21 @@ void tst_Display::everyImageGetsItsRectangleOfTheSkin()
     ScriptedPlatform platform;
     frmMain form(platform, folder.path());
     QVERIFY(StartUp(form, platform, folder));
-    QVERIFY(ShowsSkinArea(*form.imgUpFrame, { 0, 0, 280, 20 }));
-    QVERIFY(ShowsSkinArea(*form.imgLeftFrame, { 0, 20, 20, 300 }));
-    QVERIFY(ShowsSkinArea(*form.imgRightFrame, { 260, 20, 20, 300 }));
-    QVERIFY(ShowsSkinArea(*form.imgExit, { 0, 320, 280, 20 }));
-    QVERIFY(ShowsSkinArea(*form.imgTitle, { 280, 0, 90, 340 }));
-    QVERIFY(ShowsSkinArea(*form.imgCong, { 0, 340, 370, 40 }));
-    QVERIFY(ShowsSkinArea(*form.imgPieces[0], { 20, 20, 120, 120 }));
-    QVERIFY(ShowsSkinArea(*form.imgPieces[1], { 20, 140, 120, 60 }));
+    QVERIFY(ShowsSkinArea(*form.imgUpFrame, {0, 0, 280, 20}));
+    QVERIFY(ShowsSkinArea(*form.imgLeftFrame, {0, 20, 20, 300}));
+    QVERIFY(ShowsSkinArea(*form.imgRightFrame, {260, 20, 20, 300}));
+    QVERIFY(ShowsSkinArea(*form.imgExit, {0, 320, 280, 20}));
+    QVERIFY(ShowsSkinArea(*form.imgTitle, {280, 0, 90, 340}));
+    QVERIFY(ShowsSkinArea(*form.imgCong, {0, 340, 370, 40}));
+    QVERIFY(ShowsSkinArea(*form.imgPieces[0], {20, 20, 120, 120}));
+    QVERIFY(ShowsSkinArea(*form.imgPieces[1], {20, 140, 120, 60}));
     // The vertical bars, from left to right in the picture: 2, 4, 3, 5.
-    QVERIFY(ShowsSkinArea(*form.imgPieces[2], { 20, 200, 60, 120 }));
-    QVERIFY(ShowsSkinArea(*form.imgPieces[4], { 80, 200, 60, 120 }));
-    QVERIFY(ShowsSkinArea(*form.imgPieces[3], { 140, 200, 60, 120 }));
-    QVERIFY(ShowsSkinArea(*form.imgPieces[5], { 200, 200, 60, 120 }));
+    QVERIFY(ShowsSkinArea(*form.imgPieces[2], {20, 200, 60, 120}));
+    QVERIFY(ShowsSkinArea(*form.imgPieces[4], {80, 200, 60, 120}));
+    QVERIFY(ShowsSkinArea(*form.imgPieces[3], {140, 200, 60, 120}));
+    QVERIFY(ShowsSkinArea(*form.imgPieces[5], {200, 200, 60, 120}));
     for (int i = 6; i <= 9; ++i)
-        QVERIFY(ShowsSkinArea(*form.imgPieces[i], { 200, 140, 60, 60 }));
+        QVERIFY(ShowsSkinArea(*form.imgPieces[i], {200, 140, 60, 60}));
     // A larger picture is used only in its top-left part.
     KnownSkin(500, 400).save(folder.File("skins/large.bmp"), "BMP");
     form.ApplySkin("large.bmp");
@@ -73,7 +73,7 @@ void tst_Display::blocksStandOnTheirCellsWhateverTheUnits_data()
 void tst_Display::blocksStandOnTheirCellsWhateverTheUnits()
 {
     QFETCH(float, unitsPerPixel);
-    ProgramFolder folder({ "2345/2345/6117/.008/.009" });
+    ProgramFolder folder({"2345/2345/6117/.008/.009"});
     ScriptedPlatform platform;
     platform.metrics.unitsPerPixelX = platform.metrics.unitsPerPixelY = unitsPerPixel;
     frmMain form(platform, folder.path());

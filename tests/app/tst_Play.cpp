@@ -20,8 +20,8 @@ const QString Congratulations = QStringLiteral(
 
 struct Game
 {
-    explicit Game(std::initializer_list<const char *> pictures = { "2003/2003/4115/4675/8..9" },
-                  float unitsPerPixel = 1)
+    explicit Game(std::initializer_list<const char *> pictures = {"2003/2003/4115/4675/8..9"},
+        float unitsPerPixel = 1)
         : folder(pictures)
     {
         platform.metrics.unitsPerPixelX = platform.metrics.unitsPerPixelY = unitsPerPixel;
@@ -46,7 +46,7 @@ void MoveTo(frmMain &form, int piece, Cell cell)
     QWidget *image = form.imgPieces[piece];
     const QPoint at = CellCentreIn(*image, cell);
     QMouseEvent move(QEvent::MouseMove, at, image->mapToGlobal(at), Qt::NoButton, Qt::LeftButton,
-                     Qt::NoModifier);
+        Qt::NoModifier);
     QApplication::sendEvent(image, &move);
 }
 
@@ -121,7 +121,7 @@ void tst_Play::chooserListsEveryLevelAndAnswers()
         noSelection = chooser->lisLevel->selectedItems().isEmpty();
         listHasFocus = chooser->focusWidget() == chooser->lisLevel;
         tabOrder = TabChain(*chooser)
-            == QList<QWidget *> { chooser->lisLevel, chooser->cmdSetLevel, chooser->cmdCancel };
+            == QList<QWidget *> {chooser->lisLevel, chooser->cmdSetLevel, chooser->cmdCancel};
         for (int i = 0; i < chooser->lisLevel->count(); ++i)
             rows << chooser->lisLevel->item(i)->text();
         if (how == "set") {
@@ -177,12 +177,12 @@ void tst_Play::chooserSitsOverTheMainWindow()
 
 void tst_Play::choosingALevelSetsItUpAfterAWin()
 {
-    Game game({ NearlySolved, "2003/2003/4115/4675/8..9" });
+    Game game({NearlySolved, "2003/2003/4115/4675/8..9"});
     game.platform.Reply(Answer::Ok);
     frmMain form(game.platform, game.folder.path());
     QVERIFY(StartUp(form, game.platform, game.folder));
     ChooseLevel(form, 0);
-    DragBlock(form, 0, { 1, 2 }, { { 1, 3 } });
+    DragBlock(form, 0, {1, 2}, {{1, 3}});
     QVERIFY(form.imgCong->isVisible());
     ChooseLevel(form, 1);
     QVERIFY(!form.imgCong->isVisible());
@@ -197,67 +197,67 @@ void tst_Play::choosingALevelSetsItUpAfterAWin()
 
 void tst_Play::blockFollowsOnlyAlongFreePaths()
 {
-    Game game({ "2003/2003/4115/46.5/8.79" });
+    Game game({"2003/2003/4115/46.5/8.79"});
     frmMain form(game.platform, game.folder.path());
     QVERIFY(StartUp(form, game.platform, game.folder));
     ChooseLevel(form, 0);
     const QByteArray board = BoardPicture(form.game);
-    Press(form, 8, { 0, 4 });
+    Press(form, 8, {0, 4});
     QCOMPARE(PointerShape(form), Qt::SizeAllCursor);
-    MoveTo(form, 8, { 1, 4 }); // free
+    MoveTo(form, 8, {1, 4}); // free
     QCOMPARE(form.imgPieces[8]->pos(), QPoint(90, 270));
     QCOMPARE(PointerShape(form), Qt::SizeAllCursor);
-    MoveTo(form, 8, { 2, 4 }); // taken by block 7
+    MoveTo(form, 8, {2, 4}); // taken by block 7
     QCOMPARE(form.imgPieces[8]->pos(), QPoint(90, 270));
     QCOMPARE(PointerShape(form), Qt::ForbiddenCursor);
-    MoveTo(form, 8, { 1, 4 }); // straight back into the last accepted cell: nothing at all
+    MoveTo(form, 8, {1, 4}); // straight back into the last accepted cell: nothing at all
     QCOMPARE(PointerShape(form), Qt::ForbiddenCursor);
-    MoveTo(form, 8, { 1, 3 }); // diagonal from the start
+    MoveTo(form, 8, {1, 3}); // diagonal from the start
     QCOMPARE(form.imgPieces[8]->pos(), QPoint(90, 270));
     QCOMPARE(PointerShape(form), Qt::ForbiddenCursor);
-    MoveTo(form, 8, { -3, 4 }); // past the edge: pinned at the start
+    MoveTo(form, 8, {-3, 4}); // past the edge: pinned at the start
     QCOMPARE(form.imgPieces[8]->pos(), QPoint(30, 270));
     QCOMPARE(PointerShape(form), Qt::SizeAllCursor);
     QCOMPARE(BoardPicture(form.game), board);
     QCOMPARE(form.game.steps, 0);
-    Release(form, 8, { 0, 4 });
+    Release(form, 8, {0, 4});
     QCOMPARE(PointerShape(form), Qt::ArrowCursor);
 }
 
 void tst_Play::droppingCountsStepsAndRefreshesTheStatus()
 {
-    Game game({ "2003/2003/4115/46.5/8.79" });
+    Game game({"2003/2003/4115/46.5/8.79"});
     frmMain form(game.platform, game.folder.path());
     QVERIFY(StartUp(form, game.platform, game.folder));
     ChooseLevel(form, 0);
     // Released on its start: nothing counted, nothing refreshed.
     form.lblSteps->setText("untouched");
-    DragBlock(form, 8, { 0, 4 }, { { 1, 4 }, { 0, 4 } });
+    DragBlock(form, 8, {0, 4}, {{1, 4}, {0, 4}});
     QCOMPARE(form.lblSteps->text(), QStringLiteral("untouched"));
     QVERIFY(!form.gameChanged);
     // Released past a block: settles on the last accepted cell, one step.
-    DragBlock(form, 8, { 0, 4 }, { { 1, 4 }, { 3, 4 } });
+    DragBlock(form, 8, {0, 4}, {{1, 4}, {3, 4}});
     QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/46.5/.879"));
     QCOMPARE(form.imgPieces[8]->pos(), QPoint(90, 270));
     QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 1"));
     QVERIFY(form.gameChanged);
     // The fallback may lie on the other axis: accepted right, released below.
-    DragBlock(form, 6, { 1, 3 }, { { 2, 3 }, { 1, 4 } });
+    DragBlock(form, 6, {1, 3}, {{2, 3}, {1, 4}});
     QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/4.65/.879"));
     QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 2"));
     // A diagonal release sends the block home, even after an accepted cell.
-    DragBlock(form, 6, { 2, 3 }, { { 1, 3 }, { 1, 2 } });
+    DragBlock(form, 6, {2, 3}, {{1, 3}, {1, 2}});
     QCOMPARE(form.imgPieces[6]->pos(), QPoint(150, 210));
     QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/4.65/.879"));
     // A vertical bar two cells down in one drag: one step.
-    DragBlock(form, 4, { 0, 3 }, { { 0, 4 } });
+    DragBlock(form, 4, {0, 3}, {{0, 4}});
     QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/.115/4.65/4879"));
     QCOMPARE(form.game.steps, 3);
     // A blocked straight drop that falls back onto the start still marks
     // the game changed and refreshes the line, without a step.
     form.gameChanged = false;
     form.lblSteps->setText("untouched");
-    DragBlock(form, 9, { 3, 4 }, { { 3, 2 } });
+    DragBlock(form, 9, {3, 4}, {{3, 2}});
     QCOMPARE(form.game.steps, 3);
     QVERIFY(form.gameChanged);
     QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 3"));
@@ -265,35 +265,35 @@ void tst_Play::droppingCountsStepsAndRefreshesTheStatus()
 
 void tst_Play::onlyTheLeftButtonDrags()
 {
-    Game game({ "2003/2003/4115/46.5/8.79" });
+    Game game({"2003/2003/4115/46.5/8.79"});
     frmMain form(game.platform, game.folder.path());
     QVERIFY(StartUp(form, game.platform, game.folder));
     ChooseLevel(form, 0);
-    Press(form, 8, { 0, 4 }, Qt::RightButton);
+    Press(form, 8, {0, 4}, Qt::RightButton);
     QCOMPARE(PointerShape(form), Qt::ArrowCursor);
-    MoveTo(form, 8, { 1, 4 });
+    MoveTo(form, 8, {1, 4});
     QCOMPARE(form.imgPieces[8]->pos(), QPoint(30, 270));
     // During a left drag a right release changes nothing; the left one drops.
-    Press(form, 8, { 0, 4 });
-    MoveTo(form, 8, { 1, 4 });
-    Release(form, 8, { 1, 4 }, Qt::RightButton);
+    Press(form, 8, {0, 4});
+    MoveTo(form, 8, {1, 4});
+    Release(form, 8, {1, 4}, Qt::RightButton);
     QCOMPARE(PointerShape(form), Qt::SizeAllCursor);
     QCOMPARE(form.game.steps, 0);
-    Release(form, 8, { 1, 4 });
+    Release(form, 8, {1, 4});
     QCOMPARE(form.game.steps, 1);
     // A release with no drag held does nothing.
-    Release(form, 9, { 3, 4 });
+    Release(form, 9, {3, 4});
     QCOMPARE(form.game.steps, 1);
 }
 
 void tst_Play::draggingWorksAtFifteenUnitsPerPixel()
 {
-    Game game({ "2003/2003/4115/46.5/8.79" }, 15);
+    Game game({"2003/2003/4115/46.5/8.79"}, 15);
     frmMain form(game.platform, game.folder.path());
     QVERIFY(StartUp(form, game.platform, game.folder));
     ChooseLevel(form, 0);
-    DragBlock(form, 5, { 3, 3 }, { { 3, 2 } }); // lower half grabbed; blocked above
-    DragBlock(form, 6, { 1, 3 }, { { 2, 3 } });
+    DragBlock(form, 5, {3, 3}, {{3, 2}}); // lower half grabbed; blocked above
+    DragBlock(form, 6, {1, 3}, {{2, 3}});
     QCOMPARE(form.imgPieces[6]->pos(), QPoint(150, 210));
     QCOMPARE(form.imgPieces[6]->Left(), 150.0f * 15);
     QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/4.65/8.79"));
@@ -302,7 +302,7 @@ void tst_Play::draggingWorksAtFifteenUnitsPerPixel()
 
 void tst_Play::bringingTheBigBlockToTheExitWins()
 {
-    Game game({ NearlySolved });
+    Game game({NearlySolved});
     frmMain form(game.platform, game.folder.path());
     QVERIFY(StartUp(form, game.platform, game.folder));
     ChooseLevel(form, 0);
@@ -311,15 +311,15 @@ void tst_Play::bringingTheBigBlockToTheExitWins()
         boardHiddenDuringMessage = !form.imgPieces[0]->isVisible() && form.imgCong->isVisible();
     });
     game.platform.Reply(Answer::Ok);
-    DragBlock(form, 0, { 2, 2 }, { { 2, 3 } }); // grabbed by its right half
-    QCOMPARE(game.platform.Shown(), QStringList { Congratulations.arg(1) });
+    DragBlock(form, 0, {2, 2}, {{2, 3}}); // grabbed by its right half
+    QCOMPARE(game.platform.Shown(), QStringList {Congratulations.arg(1)});
     QCOMPARE(game.platform.Calls().first().icon, Icon::Exclamation);
     QVERIFY(boardHiddenDuringMessage);
     QVERIFY(!form.mnuSaveGame->isEnabled());
     QVERIFY(!form.gameChanged);
     QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 1"));
     QCOMPARE(PointerShape(form), Qt::ArrowCursor);
-    for (QWidget *image : { form.imgUpFrame, form.imgExit, form.imgTitle })
+    for (QWidget *image : {form.imgUpFrame, form.imgExit, form.imgTitle})
         QVERIFY(!image->isVisible());
     QVERIFY(game.platform.Done());
 }
@@ -328,21 +328,21 @@ void tst_Play::onlyTheBigBlocksDropEndsTheGame()
 {
     // A level that starts solved: other blocks may move freely; a press and
     // release on the big block ends it with the count as it stands.
-    Game game({ "2345/2345/6117/8009/.00." });
+    Game game({"2345/2345/6117/8009/.00."});
     frmMain form(game.platform, game.folder.path());
     QVERIFY(StartUp(form, game.platform, game.folder));
     ChooseLevel(form, 0);
-    DragBlock(form, 8, { 0, 3 }, { { 0, 4 } });
+    DragBlock(form, 8, {0, 3}, {{0, 4}});
     QCOMPARE(form.game.steps, 1);
     QVERIFY(game.platform.Shown().isEmpty());
     game.platform.Reply(Answer::Ok);
-    DragBlock(form, 0, { 1, 3 }, {});
-    QCOMPARE(game.platform.Shown(), QStringList { Congratulations.arg(1) });
+    DragBlock(form, 0, {1, 3}, {});
+    QCOMPARE(game.platform.Shown(), QStringList {Congratulations.arg(1)});
 }
 
 void tst_Play::damagedLevelIsRefusedBeforeTheBoardChanges()
 {
-    Game game({ "2003/2003/4115/4675/8..9" });
+    Game game({"2003/2003/4115/4675/8..9"});
     LevelTable levels = game.folder.levels;
     levels[1].codes[0] = 33; // off the board
     levels[2].codes[9] = levels[2].codes[8]; // two blocks on one cell
@@ -350,7 +350,7 @@ void tst_Play::damagedLevelIsRefusedBeforeTheBoardChanges()
     frmMain form(game.platform, game.folder.path());
     QVERIFY(StartUp(form, game.platform, game.folder));
     ChooseLevel(form, 0);
-    DragBlock(form, 8, { 0, 4 }, { { 1, 4 } });
+    DragBlock(form, 8, {0, 4}, {{1, 4}});
     const QByteArray board = BoardPicture(form.game);
     game.platform.Reply(Answer::Yes); // save first? yes...
     game.platform.Type(QString()); // ...then give up

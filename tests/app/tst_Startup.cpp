@@ -13,11 +13,13 @@
 
 namespace {
 
-const QString LevelError = QStringLiteral("Quorvel - Error | An error has occurred while attempting "
-                                          "loading data file\r\n%1/QVL.zhn\r\n%2");
-const QString SkinError = QStringLiteral("Quorvel - ERROR | An error has occurred while attempting to "
-                                         "load picture \r\n%1\r\nMake sure the picture exists and is "
-                                         "of a correct format.");
+const QString LevelError
+    = QStringLiteral("Quorvel - Error | An error has occurred while attempting "
+                     "loading data file\r\n%1/QVL.zhn\r\n%2");
+const QString SkinError
+    = QStringLiteral("Quorvel - ERROR | An error has occurred while attempting to "
+                     "load picture \r\n%1\r\nMake sure the picture exists and is "
+                     "of a correct format.");
 
 } // namespace
 
@@ -42,9 +44,8 @@ private slots:
 void tst_Startup::cleanup()
 {
     QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty()
-                || std::none_of(QApplication::topLevelWidgets().cbegin(),
-                                QApplication::topLevelWidgets().cend(),
-                                [](QWidget *w) { return w->isVisible(); }));
+        || std::none_of(QApplication::topLevelWidgets().cbegin(),
+            QApplication::topLevelWidgets().cend(), [](QWidget *w) { return w->isVisible(); }));
 }
 
 void tst_Startup::firstRunPreparesTheFolderAndShowsAnEmptyWindow()
@@ -61,8 +62,8 @@ void tst_Startup::firstRunPreparesTheFolderAndShowsAnEmptyWindow()
     QVERIFY(!form.mnuSaveGame->isEnabled());
     for (QWidget *image : form.imgPieces)
         QVERIFY(!image->isVisible());
-    for (QWidget *image : { form.imgUpFrame, form.imgLeftFrame, form.imgRightFrame, form.imgExit,
-                            form.imgTitle, form.imgCong })
+    for (QWidget *image : {form.imgUpFrame, form.imgLeftFrame, form.imgRightFrame, form.imgExit,
+             form.imgTitle, form.imgCong})
         QVERIFY(!image->isVisible());
     QCOMPARE(form.lblStatus->text(), QString());
     QCOMPARE(form.lblSteps->text(), QString());
@@ -84,8 +85,9 @@ void tst_Startup::menusCarryTheirAccessKeys()
         for (QAction *item : menu->menu()->actions())
             captions << (item->isSeparator() ? QStringLiteral("-") : item->text());
     }
-    QCOMPARE(captions, (QStringList { "&File", "&New Game", "&Load Game", "&Save Game", "-", "Set S&kin", "-",
-                                      "E&xit", "&Help", "H&ow to Play", "-", "&About" }));
+    QCOMPARE(captions,
+        (QStringList {"&File", "&New Game", "&Load Game", "&Save Game", "-", "Set S&kin", "-",
+            "E&xit", "&Help", "H&ow to Play", "-", "&About"}));
 }
 
 void tst_Startup::plainFileNamedSavedIsLeftAlone()
@@ -108,20 +110,25 @@ void tst_Startup::settingsAreReadAndRepaired_data()
     QTest::newRow("names-a-present-skin")
         << QByteArray("other.bmp,ignored\r\nsecond line\r\n") << "other.bmp"
         << QByteArray("other.bmp,ignored\r\nsecond line\r\n") << QByteArray("other.bmp\r\n");
-    QTest::newRow("quoted-with-comma") << QByteArray("  \"sea, blue.bmp\"\r\n") << "sea, blue.bmp"
-                                       << QByteArray("  \"sea, blue.bmp\"\r\n") << QByteArray("sea, blue.bmp\r\n");
-    QTest::newRow("comma-cuts-the-name") << QByteArray("sea, blue.bmp\r\n") << "sea, blue.bmp"
-                                         << QByteArray("default.bmp\r\n") << QByteArray("default.bmp\r\n");
-    QTest::newRow("names-a-missing-skin") << QByteArray("gone.bmp\r\n") << QString()
-                                          << QByteArray("default.bmp\r\n") << QByteArray("default.bmp\r\n");
+    QTest::newRow("quoted-with-comma")
+        << QByteArray("  \"sea, blue.bmp\"\r\n") << "sea, blue.bmp"
+        << QByteArray("  \"sea, blue.bmp\"\r\n") << QByteArray("sea, blue.bmp\r\n");
+    QTest::newRow("comma-cuts-the-name")
+        << QByteArray("sea, blue.bmp\r\n") << "sea, blue.bmp" << QByteArray("default.bmp\r\n")
+        << QByteArray("default.bmp\r\n");
+    QTest::newRow("names-a-missing-skin")
+        << QByteArray("gone.bmp\r\n") << QString() << QByteArray("default.bmp\r\n")
+        << QByteArray("default.bmp\r\n");
     QTest::newRow("empty") << QByteArray() << QString() << QByteArray("default.bmp\r\n")
                            << QByteArray("default.bmp\r\n");
-    QTest::newRow("binary") << QByteArray("\x00\xFF\x01\r\n", 4) << QString() << QByteArray("default.bmp\r\n")
-                            << QByteArray("default.bmp\r\n");
-    QTest::newRow("leaves-the-skins-folder") << QByteArray("../QVL.ZHN\r\n") << QString()
-                                             << QByteArray("default.bmp\r\n") << QByteArray("default.bmp\r\n");
-    QTest::newRow("names-a-folder") << QByteArray("sub\r\n") << "sub/" << QByteArray("default.bmp\r\n")
-                                    << QByteArray("default.bmp\r\n");
+    QTest::newRow("binary") << QByteArray("\x00\xFF\x01\r\n", 4) << QString()
+                            << QByteArray("default.bmp\r\n") << QByteArray("default.bmp\r\n");
+    QTest::newRow("leaves-the-skins-folder")
+        << QByteArray("../QVL.ZHN\r\n") << QString() << QByteArray("default.bmp\r\n")
+        << QByteArray("default.bmp\r\n");
+    QTest::newRow("names-a-folder")
+        << QByteArray("sub\r\n") << "sub/" << QByteArray("default.bmp\r\n")
+        << QByteArray("default.bmp\r\n");
 }
 
 void tst_Startup::settingsAreReadAndRepaired()
@@ -153,7 +160,8 @@ void tst_Startup::missingOrBrokenLevelFileEndsTheProgram_data()
     QTest::addColumn<QByteArray>("levelFile"); // empty: no file at all
     QTest::addColumn<QString>("error");
     QTest::newRow("missing") << QByteArray() << "2 No such file or directory";
-    QTest::newRow("short") << QByteArray(2099, ' ') << "62 Input past end of file: 2099 bytes where 2100 were expected";
+    QTest::newRow("short") << QByteArray(2099, ' ')
+                           << "62 Input past end of file: 2099 bytes where 2100 were expected";
 }
 
 void tst_Startup::missingOrBrokenLevelFileEndsTheProgram()
@@ -169,14 +177,16 @@ void tst_Startup::missingOrBrokenLevelFileEndsTheProgram()
     platform.Reply(Answer::Ok);
     frmMain form(platform, folder.path());
     bool shownOverTheWindow = false;
-    platform.OnMessage([&](const ScriptedPlatform::Call &) { shownOverTheWindow = form.isVisible(); });
+    platform.OnMessage(
+        [&](const ScriptedPlatform::Call &) { shownOverTheWindow = form.isVisible(); });
     QVERIFY(!StartUp(form, platform, folder));
-    QCOMPARE(platform.Shown(), QStringList { LevelError.arg(folder.path(), error) });
+    QCOMPARE(platform.Shown(), QStringList {LevelError.arg(folder.path(), error)});
     QCOMPARE(platform.Calls().first().icon, Icon::Critical);
     QVERIFY(shownOverTheWindow);
     QVERIFY(form.Ended());
     QVERIFY(!form.isVisible());
-    QCOMPARE(folder.Read("qvl.ini"), QByteArray("default.bmp,kept as it was\r\n")); // nothing written
+    QCOMPARE(
+        folder.Read("qvl.ini"), QByteArray("default.bmp,kept as it was\r\n")); // nothing written
     QVERIFY(platform.Done());
 }
 
@@ -191,7 +201,7 @@ void tst_Startup::skinThatCannotBeCutEndsTheProgram_data()
 void tst_Startup::skinThatCannotBeCutEndsTheProgram()
 {
     QFETCH(QString, skin);
-    ProgramFolder folder({ "2003/2003/4115/4675/8..9" }, !skin.isEmpty());
+    ProgramFolder folder({"2003/2003/4115/4675/8..9"}, !skin.isEmpty());
     if (skin == "text")
         folder.Write("skins/default.bmp", "this is no picture");
     if (skin == "small")
@@ -201,7 +211,7 @@ void tst_Startup::skinThatCannotBeCutEndsTheProgram()
     frmMain form(platform, folder.path());
     QVERIFY(!StartUp(form, platform, folder));
     QVERIFY(QFileInfo(folder.File("skins")).isDir());
-    QCOMPARE(platform.Shown(), QStringList { SkinError.arg(folder.File("skins/default.bmp")) });
+    QCOMPARE(platform.Shown(), QStringList {SkinError.arg(folder.File("skins/default.bmp"))});
     QCOMPARE(platform.Calls().first().icon, Icon::Critical);
     QVERIFY(form.Ended());
 }
@@ -224,7 +234,7 @@ void tst_Startup::windowIsCentredOnTheScreen()
 {
     ProgramFolder folder;
     ScriptedPlatform platform;
-    platform.metrics = { 15, 15, 15360, 11520 };
+    platform.metrics = {15, 15, 15360, 11520};
     frmMain form(platform, folder.path());
     QVERIFY(StartUp(form, platform, folder));
     const QRect outer = form.frameGeometry();

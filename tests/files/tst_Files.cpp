@@ -9,8 +9,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <sys/file.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 class tst_Files : public QObject
@@ -42,7 +42,8 @@ void tst_Files::codePageKeepsItsCharactersAndWritesQuestionMarks()
     QCOMPARE(FromAnsi(bytes), text);
     QCOMPARE(ToAnsi(QStringLiteral("\u4E2D\u0394x")), QByteArray("??x"));
     // Unassigned bytes survive a round trip.
-    QCOMPARE(ToAnsi(FromAnsi(QByteArray("\x81\x8D\x8F\x90\x9D"))), QByteArray("\x81\x8D\x8F\x90\x9D"));
+    QCOMPARE(
+        ToAnsi(FromAnsi(QByteArray("\x81\x8D\x8F\x90\x9D"))), QByteArray("\x81\x8D\x8F\x90\x9D"));
     QCOMPARE(AnsiCode(QChar(0x2013)), 0x96);
     QCOMPARE(AnsiCode(QChar(0x0394)), int('?'));
 }
@@ -59,7 +60,7 @@ void tst_Files::levelFileRoundTripsNamesWithTheirPadding()
     QCOMPARE(bytes.mid(69 * 30, 12), QByteArray("\xC9t\xE9 d'or \x80\x01\x00", 12));
     LevelTable read = ClearedLevels();
     QVERIFY(ParseLevels(bytes + "tail is never read", read));
-    for (int i : { 0, 1, 69 }) {
+    for (int i : {0, 1, 69}) {
         QCOMPARE(read[i].levelName, levels[i].levelName);
         QCOMPARE(read[i].levelName.size(), 10);
         QCOMPARE(read[i].codes, levels[i].codes);
@@ -190,11 +191,11 @@ void tst_Files::forbiddenNameCharacters_data()
 {
     QTest::addColumn<QString>("character");
     QTest::addColumn<bool>("forbidden");
-    for (const char *c : { ".", ":", "?", "*", "\"", "\\", "\t", "\x01", "\x1F" })
+    for (const char *c : {".", ":", "?", "*", "\"", "\\", "\t", "\x01", "\x1F"})
         QTest::newRow(c[0] == '\t' ? "tab" : c) << QString::fromLatin1(c) << true;
     QTest::newRow("y-diaeresis") << QStringLiteral("\u00FF") << true;
     QTest::newRow("not-in-the-code-page") << QStringLiteral("\u4E2D") << true;
-    for (const char *c : { " ", "/", "<", ">", "|", "-", "a", "Z", "9", "_" })
+    for (const char *c : {" ", "/", "<", ">", "|", "-", "a", "Z", "9", "_"})
         QTest::newRow(c) << QString::fromLatin1(c) << false;
     QTest::newRow("euro") << QStringLiteral("\u20AC") << false;
     QTest::newRow("e-acute") << QStringLiteral("\u00E9") << false;

@@ -54,9 +54,12 @@ void tst_GameState::decodingSplitsCodesIntoRowAndColumn()
     codes[8] = 0;
     codes[9] = 43;
     game.DecodePositions(codes);
-    QCOMPARE((std::pair<int, int>(game.pieces[0].row, game.pieces[0].col)), (std::pair<int, int>(3, 1)));
-    QCOMPARE((std::pair<int, int>(game.pieces[8].row, game.pieces[8].col)), (std::pair<int, int>(0, 0)));
-    QCOMPARE((std::pair<int, int>(game.pieces[9].row, game.pieces[9].col)), (std::pair<int, int>(4, 3)));
+    QCOMPARE(
+        (std::pair<int, int>(game.pieces[0].row, game.pieces[0].col)), (std::pair<int, int>(3, 1)));
+    QCOMPARE(
+        (std::pair<int, int>(game.pieces[8].row, game.pieces[8].col)), (std::pair<int, int>(0, 0)));
+    QCOMPARE(
+        (std::pair<int, int>(game.pieces[9].row, game.pieces[9].col)), (std::pair<int, int>(4, 3)));
 }
 
 void tst_GameState::overlappingBlocksLeaveTheLaterMarkInPlace()
@@ -81,8 +84,8 @@ void tst_GameState::sizesNeverChange()
     game.RemovePieceFromBoard(0, 1, 0);
     game.PlacePieceOnBoard(0, 1, 1);
     game.ClearBoard();
-    const int widths[] = { 2, 2, 1, 1, 1, 1, 1, 1, 1, 1 };
-    const int heights[] = { 2, 1, 2, 2, 2, 2, 1, 1, 1, 1 };
+    const int widths[] = {2, 2, 1, 1, 1, 1, 1, 1, 1, 1};
+    const int heights[] = {2, 1, 2, 2, 2, 2, 1, 1, 1, 1};
     for (int i = 0; i < PieceCount; ++i) {
         QCOMPARE(int(game.pieces[i].width), widths[i]);
         QCOMPARE(int(game.pieces[i].height), heights[i]);
@@ -93,7 +96,7 @@ void tst_GameState::validCodesKeepTheBlockOnTheBoard_data()
 {
     QTest::addColumn<int>("piece");
     QTest::addColumn<QList<int>>("valid");
-    const QList<int> big = { 0, 1, 2, 10, 11, 12, 20, 21, 22, 30, 31, 32 };
+    const QList<int> big = {0, 1, 2, 10, 11, 12, 20, 21, 22, 30, 31, 32};
     QList<int> bar = big;
     bar << 40 << 41 << 42;
     QList<int> tall;
@@ -114,7 +117,7 @@ void tst_GameState::validCodesKeepTheBlockOnTheBoard()
     QFETCH(QList<int>, valid);
     for (int code = -12; code < 100; ++code)
         QVERIFY2(IsValidCode(int16_t(piece), int16_t(code)) == valid.contains(code),
-                 qPrintable(QString::number(code)));
+            qPrintable(QString::number(code)));
 }
 
 void tst_GameState::checkLayoutRefusesBrokenLayouts_data()
@@ -161,12 +164,16 @@ void tst_GameState::sweeps_data()
     QTest::newRow("small-two-right-free") << start << 8 << true << 0 << 2 << 4 << true;
     QTest::newRow("small-three-right-blocked") << start << 8 << true << 0 << 3 << 4 << false;
     QTest::newRow("small-one-right-free") << start << 8 << true << 0 << 1 << 4 << true;
-    QTest::newRow("order-does-not-matter") << QByteArray("2003/2003/4115/4675/.8.9") << 8 << true << 1 << 0 << 4 << true;
-    QTest::newRow("vertical-down-over-own-cell") << QByteArray("2003/2003/4115/4675/.8.9") << 4 << false << 2 << 3 << 0 << true;
+    QTest::newRow("order-does-not-matter")
+        << QByteArray("2003/2003/4115/4675/.8.9") << 8 << true << 1 << 0 << 4 << true;
+    QTest::newRow("vertical-down-over-own-cell")
+        << QByteArray("2003/2003/4115/4675/.8.9") << 4 << false << 2 << 3 << 0 << true;
     QTest::newRow("big-blocked-below") << start << 0 << false << 0 << 1 << 1 << false;
     QTest::newRow("staying-put-is-free") << start << 0 << false << 0 << 0 << 1 << true;
-    QTest::newRow("small-up-one-free") << QByteArray("2003/2003/4.15/4675/8.19") << 6 << false << 3 << 2 << 1 << true;
-    QTest::newRow("small-up-two-blocked") << QByteArray("2003/2003/4.15/4675/8.19") << 6 << false << 3 << 1 << 1 << false;
+    QTest::newRow("small-up-one-free")
+        << QByteArray("2003/2003/4.15/4675/8.19") << 6 << false << 3 << 2 << 1 << true;
+    QTest::newRow("small-up-two-blocked")
+        << QByteArray("2003/2003/4.15/4675/8.19") << 6 << false << 3 << 1 << 1 << false;
 }
 
 void tst_GameState::sweeps()

@@ -98,12 +98,15 @@ void tst_Moves::unitsPerPixelDoNotMoveTheCell()
     // A block resting on row 2, column 3, grabbed 59 pixels right and 1 down:
     // still its own cell; one pixel more and the pointer is off the board.
     const float left = LayoutEdge(3, unitsPerPixel), top = LayoutEdge(2, unitsPerPixel);
-    QCOMPARE(MouseCell(left, top, 59 * unitsPerPixel, 1 * unitsPerPixel, unitsPerPixel, unitsPerPixel),
-             (Cell { 3, 2 }));
-    QCOMPARE(MouseCell(left, top, 60 * unitsPerPixel, 1 * unitsPerPixel, unitsPerPixel, unitsPerPixel),
-             (Cell { 4, 2 }));
-    QCOMPARE(MouseCell(left, top, -1 * unitsPerPixel, -1 * unitsPerPixel, unitsPerPixel, unitsPerPixel),
-             (Cell { 2, 1 }));
+    QCOMPARE(
+        MouseCell(left, top, 59 * unitsPerPixel, 1 * unitsPerPixel, unitsPerPixel, unitsPerPixel),
+        (Cell {3, 2}));
+    QCOMPARE(
+        MouseCell(left, top, 60 * unitsPerPixel, 1 * unitsPerPixel, unitsPerPixel, unitsPerPixel),
+        (Cell {4, 2}));
+    QCOMPARE(
+        MouseCell(left, top, -1 * unitsPerPixel, -1 * unitsPerPixel, unitsPerPixel, unitsPerPixel),
+        (Cell {2, 1}));
 }
 
 void tst_Moves::grabOffsetNamesTheHeldCell_data()
@@ -112,11 +115,11 @@ void tst_Moves::grabOffsetNamesTheHeldCell_data()
     QTest::addColumn<float>("y");
     QTest::addColumn<float>("unitsPerPixel");
     QTest::addColumn<Cell>("grab");
-    QTest::newRow("top-left") << 0.0f << 0.0f << 1.0f << Cell { 0, 0 };
-    QTest::newRow("right-half") << 61.0f << 10.0f << 1.0f << Cell { 1, 0 };
-    QTest::newRow("lower-half") << 10.0f << 119.0f << 1.0f << Cell { 0, 1 };
-    QTest::newRow("right-half-at-15") << 900.0f << 0.0f << 15.0f << Cell { 1, 0 };
-    QTest::newRow("just-short-at-15") << 899.0f << 0.0f << 15.0f << Cell { 0, 0 };
+    QTest::newRow("top-left") << 0.0f << 0.0f << 1.0f << Cell {0, 0};
+    QTest::newRow("right-half") << 61.0f << 10.0f << 1.0f << Cell {1, 0};
+    QTest::newRow("lower-half") << 10.0f << 119.0f << 1.0f << Cell {0, 1};
+    QTest::newRow("right-half-at-15") << 900.0f << 0.0f << 15.0f << Cell {1, 0};
+    QTest::newRow("just-short-at-15") << 899.0f << 0.0f << 15.0f << Cell {0, 0};
 }
 
 void tst_Moves::grabOffsetNamesTheHeldCell()
@@ -155,12 +158,13 @@ void tst_Moves::clampingKeepsTheBlockOnTheBoard_data()
     QTest::addColumn<Cell>("grab");
     QTest::addColumn<Cell>("mouse");
     QTest::addColumn<Cell>("clamped");
-    QTest::newRow("small-far-left") << 8 << Cell { 0, 0 } << Cell { -3, 4 } << Cell { 0, 4 };
-    QTest::newRow("big-right-half-to-first-column") << 0 << Cell { 1, 0 } << Cell { 0, 0 } << Cell { 1, 0 };
-    QTest::newRow("big-past-the-bottom") << 0 << Cell { 0, 1 } << Cell { 2, 9 } << Cell { 2, 4 };
-    QTest::newRow("bar-past-the-right") << 1 << Cell { 1, 0 } << Cell { 7, 2 } << Cell { 3, 2 };
-    QTest::newRow("vertical-above-the-top") << 4 << Cell { 0, 1 } << Cell { 0, -1 } << Cell { 0, 1 };
-    QTest::newRow("on-the-board") << 9 << Cell { 0, 0 } << Cell { 2, 3 } << Cell { 2, 3 };
+    QTest::newRow("small-far-left") << 8 << Cell {0, 0} << Cell {-3, 4} << Cell {0, 4};
+    QTest::newRow("big-right-half-to-first-column")
+        << 0 << Cell {1, 0} << Cell {0, 0} << Cell {1, 0};
+    QTest::newRow("big-past-the-bottom") << 0 << Cell {0, 1} << Cell {2, 9} << Cell {2, 4};
+    QTest::newRow("bar-past-the-right") << 1 << Cell {1, 0} << Cell {7, 2} << Cell {3, 2};
+    QTest::newRow("vertical-above-the-top") << 4 << Cell {0, 1} << Cell {0, -1} << Cell {0, 1};
+    QTest::newRow("on-the-board") << 9 << Cell {0, 0} << Cell {2, 3} << Cell {2, 3};
 }
 
 void tst_Moves::clampingKeepsTheBlockOnTheBoard()
@@ -170,7 +174,7 @@ void tst_Moves::clampingKeepsTheBlockOnTheBoard()
     QFETCH(Cell, mouse);
     QFETCH(Cell, clamped);
     GameState game;
-    Drag drag = StartDrag(int16_t(piece), { 0, 0 }, grab);
+    Drag drag = StartDrag(int16_t(piece), {0, 0}, grab);
     QCOMPARE(ClampMouseCell(mouse, drag, game.pieces[piece]), clamped);
 }
 
@@ -183,19 +187,25 @@ void tst_Moves::dragFollowsOnlyFreeStraightPaths_data()
     QTest::addColumn<bool>("moves");
     QTest::addColumn<Cell>("topLeft");
     const QByteArray open = "2003/2003/4115/46.5/8.79";
-    QTest::newRow("small-one-right") << open << 8 << Cell { 0, 4 } << Cell { 1, 4 } << true << Cell { 1, 4 };
-    QTest::newRow("small-two-right-blocked") << open << 8 << Cell { 0, 4 } << Cell { 2, 4 } << false << Cell {};
-    QTest::newRow("small-up-blocked") << open << 8 << Cell { 0, 4 } << Cell { 0, 3 } << false << Cell {};
-    QTest::newRow("diagonal") << open << 6 << Cell { 1, 3 } << Cell { 2, 4 } << false << Cell {};
-    QTest::newRow("small-down-into-gap") << open << 6 << Cell { 1, 3 } << Cell { 1, 4 } << true << Cell { 1, 4 };
+    QTest::newRow("small-one-right")
+        << open << 8 << Cell {0, 4} << Cell {1, 4} << true << Cell {1, 4};
+    QTest::newRow("small-two-right-blocked")
+        << open << 8 << Cell {0, 4} << Cell {2, 4} << false << Cell {};
+    QTest::newRow("small-up-blocked")
+        << open << 8 << Cell {0, 4} << Cell {0, 3} << false << Cell {};
+    QTest::newRow("diagonal") << open << 6 << Cell {1, 3} << Cell {2, 4} << false << Cell {};
+    QTest::newRow("small-down-into-gap")
+        << open << 6 << Cell {1, 3} << Cell {1, 4} << true << Cell {1, 4};
     QTest::newRow("vertical-down-one-over-itself")
-        << QByteArray("2003/2003/4115/46.5/.879") << 4 << Cell { 0, 2 } << Cell { 0, 3 } << true << Cell { 0, 3 };
+        << QByteArray("2003/2003/4115/46.5/.879") << 4 << Cell {0, 2} << Cell {0, 3} << true
+        << Cell {0, 3};
     QTest::newRow("grabbed-lower-half-keeps-offset")
-        << QByteArray("2003/2003/4115/46.5/.879") << 4 << Cell { 0, 3 } << Cell { 0, 4 } << true << Cell { 0, 3 };
+        << QByteArray("2003/2003/4115/46.5/.879") << 4 << Cell {0, 3} << Cell {0, 4} << true
+        << Cell {0, 3};
     QTest::newRow("pinned-at-the-edge-is-the-start")
-        << open << 8 << Cell { 0, 4 } << Cell { -2, 4 } << true << Cell { 0, 4 };
-    QTest::newRow("far-jump-past-a-block")
-        << QByteArray("2003/2003/4115/4..5/6879") << 6 << Cell { 0, 4 } << Cell { 3, 4 } << false << Cell {};
+        << open << 8 << Cell {0, 4} << Cell {-2, 4} << true << Cell {0, 4};
+    QTest::newRow("far-jump-past-a-block") << QByteArray("2003/2003/4115/4..5/6879") << 6
+                                           << Cell {0, 4} << Cell {3, 4} << false << Cell {};
 }
 
 void tst_Moves::dragFollowsOnlyFreeStraightPaths()
@@ -221,15 +231,15 @@ void tst_Moves::dragFollowsOnlyFreeStraightPaths()
 void tst_Moves::dragInTheLastAcceptedCellDoesNothing()
 {
     const GameState game = Board("2003/2003/4115/46.5/8.79");
-    Drag drag = PressOn(game, 8, { 0, 4 });
+    Drag drag = PressOn(game, 8, {0, 4});
     drag.lastCol = 1; // accepted one cell right earlier
-    const DragStep step = DecideDragMove(game, drag, { 1, 4 });
+    const DragStep step = DecideDragMove(game, drag, {1, 4});
     QVERIFY(step.nothing);
     QVERIFY(!step.moveImage);
     // Back on the start from elsewhere: the image returns, the pointer allows.
-    const DragStep back = DecideDragMove(game, drag, { 0, 4 });
+    const DragStep back = DecideDragMove(game, drag, {0, 4});
     QVERIFY(back.moveImage);
-    QCOMPARE(back.topLeft, (Cell { 0, 4 }));
+    QCOMPARE(back.topLeft, (Cell {0, 4}));
     QCOMPARE(back.pointer, Pointer::Move);
 }
 
@@ -244,21 +254,24 @@ void tst_Moves::dropSettlesByTheSameRules_data()
     QTest::addColumn<QByteArray>("after");
     QTest::addColumn<int>("steps");
     const QByteArray open = "2003/2003/4115/46.5/8.79";
-    QTest::newRow("straight-free") << open << 8 << Cell { 0, 4 } << Cell { 1, 4 } << Cell { 1, 4 }
-                                   << int(Drop::Straight) << QByteArray("2003/2003/4115/46.5/.879") << 1;
-    QTest::newRow("blocked-falls-back-to-last") << open << 8 << Cell { 0, 4 } << Cell { 1, 4 } << Cell { 3, 4 }
-                                                << int(Drop::Straight) << QByteArray("2003/2003/4115/46.5/.879") << 1;
+    QTest::newRow("straight-free")
+        << open << 8 << Cell {0, 4} << Cell {1, 4} << Cell {1, 4} << int(Drop::Straight)
+        << QByteArray("2003/2003/4115/46.5/.879") << 1;
+    QTest::newRow("blocked-falls-back-to-last")
+        << open << 8 << Cell {0, 4} << Cell {1, 4} << Cell {3, 4} << int(Drop::Straight)
+        << QByteArray("2003/2003/4115/46.5/.879") << 1;
     QTest::newRow("blocked-back-to-start-counts-nothing")
-        << open << 8 << Cell { 0, 4 } << Cell { 0, 4 } << Cell { 3, 4 } << int(Drop::Straight) << open << 0;
+        << open << 8 << Cell {0, 4} << Cell {0, 4} << Cell {3, 4} << int(Drop::Straight) << open
+        << 0;
     QTest::newRow("fallback-on-the-other-axis")
-        << QByteArray("2003/2003/4115/46.5/.879") << 6 << Cell { 1, 3 } << Cell { 2, 3 } << Cell { 1, 4 }
+        << QByteArray("2003/2003/4115/46.5/.879") << 6 << Cell {1, 3} << Cell {2, 3} << Cell {1, 4}
         << int(Drop::Straight) << QByteArray("2003/2003/4115/4.65/.879") << 1;
-    QTest::newRow("diagonal-goes-home") << open << 6 << Cell { 1, 3 } << Cell { 2, 3 } << Cell { 2, 4 }
+    QTest::newRow("diagonal-goes-home") << open << 6 << Cell {1, 3} << Cell {2, 3} << Cell {2, 4}
                                         << int(Drop::Diagonal) << open << 0;
-    QTest::newRow("at-start") << open << 6 << Cell { 1, 3 } << Cell { 1, 3 } << Cell { 1, 3 } << int(Drop::AtStart)
-                              << open << 0;
+    QTest::newRow("at-start") << open << 6 << Cell {1, 3} << Cell {1, 3} << Cell {1, 3}
+                              << int(Drop::AtStart) << open << 0;
     QTest::newRow("three-cells-down-is-one-step")
-        << QByteArray("2003/2003/411./467./895.") << 3 << Cell { 3, 0 } << Cell { 3, 3 } << Cell { 3, 3 }
+        << QByteArray("2003/2003/411./467./895.") << 3 << Cell {3, 0} << Cell {3, 3} << Cell {3, 3}
         << int(Drop::Straight) << QByteArray("200./200./411./4673/8953") << 1;
 }
 

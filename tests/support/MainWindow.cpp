@@ -47,8 +47,8 @@ void DragBlock(frmMain &form, int piece, Cell from, std::initializer_list<Cell> 
     Cell last = from;
     for (const Cell cell : path) {
         QMouseEvent move(QEvent::MouseMove, CellCentreIn(*image, cell),
-                         image->mapToGlobal(CellCentreIn(*image, cell)), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
+            image->mapToGlobal(CellCentreIn(*image, cell)), Qt::NoButton, Qt::LeftButton,
+            Qt::NoModifier);
         QApplication::sendEvent(image, &move);
         last = cell;
     }

@@ -20,11 +20,15 @@ class ProgramFolder
 public:
     // Every level gets the first picture unless more are given; the level
     // names are "Level NN  " with their padding.
-    explicit ProgramFolder(std::initializer_list<const char *> pictures = { "2003/2003/4115/4675/8..9" },
-                           bool withSkin = true);
+    explicit ProgramFolder(
+        std::initializer_list<const char *> pictures = {"2003/2003/4115/4675/8..9"},
+        bool withSkin = true);
 
     QString path() const { return dir_.path(); }
-    QString File(const QString &relative) const { return dir_.path() + QLatin1Char('/') + relative; }
+    QString File(const QString &relative) const
+    {
+        return dir_.path() + QLatin1Char('/') + relative;
+    }
     QByteArray Read(const QString &relative) const;
     void Write(const QString &relative, const QByteArray &bytes) const;
 

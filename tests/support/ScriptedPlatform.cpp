@@ -19,10 +19,10 @@ bool ScriptedPlatform::Done() const
     return !unscripted_ && answers_.isEmpty() && inputs_.isEmpty() && opens_.isEmpty();
 }
 
-Answer ScriptedPlatform::MsgBox(QWidget *, const QString &text, Buttons buttons, Icon icon,
-                                const QString &title)
+Answer ScriptedPlatform::MsgBox(
+    QWidget *, const QString &text, Buttons buttons, Icon icon, const QString &title)
 {
-    calls_.append({ title, text, icon, buttons });
+    calls_.append({title, text, icon, buttons});
     if (spy_)
         spy_(calls_.last());
     if (answers_.isEmpty()) {
@@ -32,8 +32,8 @@ Answer ScriptedPlatform::MsgBox(QWidget *, const QString &text, Buttons buttons,
     return answers_.takeFirst();
 }
 
-QString ScriptedPlatform::InputBox(QWidget *, const QString &prompt, const QString &title,
-                                   const QString &defaultText)
+QString ScriptedPlatform::InputBox(
+    QWidget *, const QString &prompt, const QString &title, const QString &defaultText)
 {
     asked_.append(title + QStringLiteral(" | ") + prompt + QStringLiteral(" | ") + defaultText);
     if (inputs_.isEmpty()) {

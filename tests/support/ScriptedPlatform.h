@@ -6,8 +6,8 @@
 #include "platform/Platform.h"
 
 #include <QList>
-#include <functional>
 #include <QStringList>
+#include <functional>
 
 class ScriptedPlatform : public Platform
 {
@@ -40,9 +40,9 @@ public:
     ScreenMetrics metrics;
 
     Answer MsgBox(QWidget *owner, const QString &text, Buttons buttons, Icon icon,
-                  const QString &title) override;
+        const QString &title) override;
     QString InputBox(QWidget *owner, const QString &prompt, const QString &title,
-                     const QString &defaultText) override;
+        const QString &defaultText) override;
     bool OpenDocument(const QString &target) override;
     ScreenMetrics Screen() const override { return metrics; }
 

@@ -1,9 +1,9 @@
 #include "XSession.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QThread>
-#include <QCoreApplication>
 
 namespace {
 
@@ -41,15 +41,16 @@ XSession::XSession()
 {
     // The server picks a free display itself and names it on its output once
     // it accepts connections, so nothing is started before it is ready.
-    server_.start(QStringLiteral("Xvfb"), { QStringLiteral("-displayfd"), QStringLiteral("1"),
-                                            QStringLiteral("-screen"), QStringLiteral("0"),
-                                            QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"),
-                                            QStringLiteral("tcp") });
+    server_.start(QStringLiteral("Xvfb"),
+        {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+            QStringLiteral("0"), QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"),
+            QStringLiteral("tcp")});
     if (!server_.waitForStarted(5000))
         return;
     QDeadlineTimer deadline(20000);
     QByteArray named;
-    while (!named.contains('\n') && server_.state() == QProcess::Running && !deadline.hasExpired()) {
+    while (
+        !named.contains('\n') && server_.state() == QProcess::Running && !deadline.hasExpired()) {
         server_.waitForReadyRead(100);
         named += server_.readAllStandardOutput();
     }
@@ -61,7 +62,7 @@ XSession::XSession()
     const QString name = QStringLiteral(":%1").arg(display);
     while (!deadline.hasExpired()) {
         QProcess probe;
-        probe.start(QStringLiteral("xdpyinfo"), { QStringLiteral("-display"), name });
+        probe.start(QStringLiteral("xdpyinfo"), {QStringLiteral("-display"), name});
         if (probe.waitForFinished(5000) && probe.exitStatus() == QProcess::NormalExit
             && probe.exitCode() == 0) {
             display_ = display;
@@ -124,8 +125,8 @@ qulonglong XSession::WaitForWindow(const QString &title, int timeoutMs)
     QDeadlineTimer deadline(timeoutMs);
     do {
         QString found;
-        if (Xdo({ QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
-                  ExactTitle(title) },
+        if (Xdo({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                    QStringLiteral("--name"), ExactTitle(title)},
                 &found)) {
             const qulonglong window = found.section(QLatin1Char('\n'), 0, 0).toULongLong();
             if (window)
@@ -141,8 +142,8 @@ bool XSession::WaitForNoWindow(const QString &title, int timeoutMs)
     QDeadlineTimer deadline(timeoutMs);
     do {
         QString found;
-        Xdo({ QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
-              ExactTitle(title) },
+        Xdo({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
+                ExactTitle(title)},
             &found);
         if (found.trimmed().isEmpty())
             return true;
@@ -154,8 +155,9 @@ bool XSession::WaitForNoWindow(const QString &title, int timeoutMs)
 QRect XSession::Geometry(qulonglong window)
 {
     QString shell;
-    if (!Xdo({ QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), QString::number(window) },
-             &shell))
+    if (!Xdo({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"),
+                 QString::number(window)},
+            &shell))
         return {};
     QRect rect;
     for (const QString &line : shell.split(QLatin1Char('\n'))) {
@@ -176,11 +178,13 @@ QImage XSession::Screenshot()
 {
     QProcess grab;
     grab.setProcessEnvironment(EnvironmentFor(Display()));
-    grab.start(QStringLiteral("import"), { QStringLiteral("-display"), Display(), QStringLiteral("-window"),
-                                           QStringLiteral("root"), QStringLiteral("png:-") });
+    grab.start(QStringLiteral("import"),
+        {QStringLiteral("-display"), Display(), QStringLiteral("-window"), QStringLiteral("root"),
+            QStringLiteral("png:-")});
     if (!grab.waitForFinished(20000))
         return {};
-    return QImage::fromData(grab.readAllStandardOutput(), "PNG").convertToFormat(QImage::Format_RGB32);
+    return QImage::fromData(grab.readAllStandardOutput(), "PNG")
+        .convertToFormat(QImage::Format_RGB32);
 }
 
 bool XSession::WaitForScreen(const std::function<bool(const QImage &)> &check, int timeoutMs)
@@ -204,31 +208,32 @@ bool XSession::WaitForScreen(const std::function<bool(const QImage &)> &check, i
 // keyboard's would; events sent to a window directly are marked synthetic.
 bool XSession::Key(qulonglong window, const QString &keys)
 {
-    if (!Xdo({ QStringLiteral("windowfocus"), QString::number(window) }))
+    if (!Xdo({QStringLiteral("windowfocus"), QString::number(window)}))
         return false;
-    QStringList arguments { QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("30") };
+    QStringList arguments {QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("30")};
     arguments += keys.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     return Xdo(arguments);
 }
 
 bool XSession::Type(qulonglong window, const QString &text)
 {
-    if (!Xdo({ QStringLiteral("windowfocus"), QString::number(window) }))
+    if (!Xdo({QStringLiteral("windowfocus"), QString::number(window)}))
         return false;
-    return Xdo({ QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("30"), text });
+    return Xdo({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("30"), text});
 }
 
 bool XSession::MouseMove(QPoint screen)
 {
-    return Xdo({ QStringLiteral("mousemove"), QString::number(screen.x()), QString::number(screen.y()) });
+    return Xdo(
+        {QStringLiteral("mousemove"), QString::number(screen.x()), QString::number(screen.y())});
 }
 
 bool XSession::MouseDown()
 {
-    return Xdo({ QStringLiteral("mousedown"), QStringLiteral("1") });
+    return Xdo({QStringLiteral("mousedown"), QStringLiteral("1")});
 }
 
 bool XSession::MouseUp()
 {
-    return Xdo({ QStringLiteral("mouseup"), QStringLiteral("1") });
+    return Xdo({QStringLiteral("mouseup"), QStringLiteral("1")});
 }

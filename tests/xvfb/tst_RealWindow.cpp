@@ -25,12 +25,12 @@ struct Folder
     Folder()
     {
         QDir(dir.path()).mkdir(QStringLiteral("skins"));
-        for (const char *file : { "quorvel", "QVL.ZHN", "qvl.html", "skins/default.bmp" })
+        for (const char *file : {"quorvel", "QVL.ZHN", "qvl.html", "skins/default.bmp"})
             ok = QFile::copy(BinDir + QLatin1Char('/') + QLatin1String(file),
-                             dir.path() + QLatin1Char('/') + QLatin1String(file))
+                     dir.path() + QLatin1Char('/') + QLatin1String(file))
                 && ok;
         ok = QFile::setPermissions(dir.path() + QStringLiteral("/quorvel"),
-                                   QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner)
+                 QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner)
             && ok;
     }
     QString File(const QString &name) const { return dir.path() + QLatin1Char('/') + name; }
@@ -40,7 +40,8 @@ struct Folder
 
 QImage SkinPicture(int piece)
 {
-    static const QImage skin = QImage(BinDir + QStringLiteral("/skins/default.bmp")).convertToFormat(QImage::Format_RGB32);
+    static const QImage skin = QImage(BinDir + QStringLiteral("/skins/default.bmp"))
+                                   .convertToFormat(QImage::Format_RGB32);
     for (const SkinArea &area : SkinAreas)
         if (area.piece == piece)
             return skin.copy(area.rect.x, area.rect.y, area.rect.width, area.rect.height);
@@ -49,23 +50,25 @@ QImage SkinPicture(int piece)
 
 QImage BannerArea()
 {
-    return QImage(BinDir + QStringLiteral("/skins/default.bmp")).convertToFormat(QImage::Format_RGB32).copy(0, 340, 370, 40);
+    return QImage(BinDir + QStringLiteral("/skins/default.bmp"))
+        .convertToFormat(QImage::Format_RGB32)
+        .copy(0, 340, 370, 40);
 }
 
 // The client area's top-left corner on the screen: below the menu bar.
 QPoint ClientOrigin(const QRect &window)
 {
-    return { window.x(), window.bottom() + 1 - 405 };
+    return {window.x(), window.bottom() + 1 - 405};
 }
 
 QPoint CellPixel(Cell cell)
 {
-    return { 30 + 60 * cell.col, 30 + 60 * cell.row };
+    return {30 + 60 * cell.col, 30 + 60 * cell.row};
 }
 
 Cell CellOfCode(int16_t code)
 {
-    return { int16_t(code % 10), int16_t(code / 10) };
+    return {int16_t(code % 10), int16_t(code / 10)};
 }
 
 // Pixel by pixel: a screenshot carries a colour space the skin file does not,
@@ -106,7 +109,8 @@ qulonglong OpenFromMenu(XSession &x, qulonglong window, const QString &item, con
 bool WaitUntilDrawn(XSession &x, const QRect &geometry)
 {
     return x.WaitForScreen([&](const QImage &shot) {
-        const QImage menu = shot.copy(QRect(geometry.topLeft(), QSize(100, geometry.height() - 405)));
+        const QImage menu
+            = shot.copy(QRect(geometry.topLeft(), QSize(100, geometry.height() - 405)));
         for (int y = 0; y < menu.height(); ++y)
             for (int xx = 0; xx < menu.width(); ++xx)
                 if (menu.pixel(xx, y) != menu.pixel(0, 0))
@@ -134,7 +138,8 @@ private:
     qulonglong StartLevel(XSession &x, qulonglong window, int levelIndex);
 };
 
-void tst_RealWindow::DragAlong(XSession &x, QPoint origin, Cell from, std::initializer_list<Cell> path)
+void tst_RealWindow::DragAlong(
+    XSession &x, QPoint origin, Cell from, std::initializer_list<Cell> path)
 {
     const QPoint centre(30, 30);
     QVERIFY(x.MouseMove(origin + CellPixel(from) + centre));
@@ -146,7 +151,8 @@ void tst_RealWindow::DragAlong(XSession &x, QPoint origin, Cell from, std::initi
 
 qulonglong tst_RealWindow::StartLevel(XSession &x, qulonglong window, int levelIndex)
 {
-    const qulonglong chooser = OpenFromMenu(x, window, QStringLiteral("n"), QStringLiteral("Choose Level"));
+    const qulonglong chooser
+        = OpenFromMenu(x, window, QStringLiteral("n"), QStringLiteral("Choose Level"));
     if (!chooser)
         return 0;
     QString keys = QStringLiteral("Home");
@@ -190,7 +196,8 @@ void tst_RealWindow::startsEmptyAndCentred()
                 if (client.pixel(xx, y) != background)
                     return false;
         // The menu bar above it is drawn (its captions are not background).
-        const QImage menu = shot.copy(QRect(geometry.topLeft(), QSize(100, origin.y() - geometry.y())));
+        const QImage menu
+            = shot.copy(QRect(geometry.topLeft(), QSize(100, origin.y() - geometry.y())));
         for (int y = 0; y < menu.height(); ++y)
             for (int xx = 0; xx < menu.width(); ++xx)
                 if (menu.pixel(xx, y) != menu.pixel(0, 0))
@@ -235,21 +242,25 @@ void tst_RealWindow::playsALevelToTheCongratulation()
     QVERIFY(x.MouseMove(origin + CellPixel(from) + centre));
     QVERIFY(x.MouseDown());
     QVERIFY(x.MouseMove(origin + CellPixel(to) + centre));
-    QVERIFY(x.WaitForScreen([&](const QImage &shot) { return BlockShownOn(shot, origin, first.piece, to); }));
-    const Cell diagonal = from.col == to.col ? Cell { int16_t(from.col == 0 ? 1 : from.col - 1), to.row }
-                                             : Cell { to.col, int16_t(from.row == 0 ? 1 : from.row - 1) };
+    QVERIFY(x.WaitForScreen(
+        [&](const QImage &shot) { return BlockShownOn(shot, origin, first.piece, to); }));
+    const Cell diagonal = from.col == to.col
+        ? Cell {int16_t(from.col == 0 ? 1 : from.col - 1), to.row}
+        : Cell {to.col, int16_t(from.row == 0 ? 1 : from.row - 1)};
     QVERIFY(x.MouseMove(origin + CellPixel(diagonal) + centre));
     QVERIFY(x.MouseMove(origin + CellPixel(diagonal) + QPoint(40, 40)));
-    QVERIFY(x.WaitForScreen([&](const QImage &shot) { return BlockShownOn(shot, origin, first.piece, to); }));
+    QVERIFY(x.WaitForScreen(
+        [&](const QImage &shot) { return BlockShownOn(shot, origin, first.piece, to); }));
     QVERIFY(x.MouseMove(origin + CellPixel(to) + centre));
     QVERIFY(x.MouseUp());
     codes[first.piece] = first.to;
-    QVERIFY(x.WaitForScreen([&](const QImage &shot) { return BlockShownOn(shot, origin, first.piece, to); }));
+    QVERIFY(x.WaitForScreen(
+        [&](const QImage &shot) { return BlockShownOn(shot, origin, first.piece, to); }));
 
     // The rest of an optimal solution, each drop checked on the screen.
     for (size_t i = 1; i < solution->moves.size(); ++i) {
         const SolverMove &move = solution->moves[i];
-        DragAlong(x, origin, CellOfCode(move.from), { CellOfCode(move.to) });
+        DragAlong(x, origin, CellOfCode(move.from), {CellOfCode(move.to)});
         if (i + 1 < solution->moves.size())
             QVERIFY(x.WaitForScreen([&](const QImage &shot) {
                 return BlockShownOn(shot, origin, move.piece, CellOfCode(move.to));
@@ -262,7 +273,7 @@ void tst_RealWindow::playsALevelToTheCongratulation()
     // The banner stands alone in the middle of the client area.
     QVERIFY(x.WaitForScreen([&](const QImage &shot) {
         return Shows(shot, origin + QPoint(19, 182), BannerArea())
-            && !BlockShownOn(shot, origin, 0, { 1, 3 });
+            && !BlockShownOn(shot, origin, 0, {1, 3});
     }));
     QVERIFY(x.Key(window, QStringLiteral("alt+f x")));
     QCOMPARE(x.WaitForExit(), 0); // a won game leaves without a question
@@ -287,10 +298,12 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
     QVERIFY(StartLevel(x, window, 0));
 
     const SolverMove one = solution->moves[0], two = solution->moves[1];
-    DragAlong(x, origin, CellOfCode(one.from), { CellOfCode(one.to) });
-    QVERIFY(x.WaitForScreen([&](const QImage &s) { return BlockShownOn(s, origin, one.piece, CellOfCode(one.to)); }));
+    DragAlong(x, origin, CellOfCode(one.from), {CellOfCode(one.to)});
+    QVERIFY(x.WaitForScreen(
+        [&](const QImage &s) { return BlockShownOn(s, origin, one.piece, CellOfCode(one.to)); }));
 
-    const qulonglong prompt = OpenFromMenu(x, window, QStringLiteral("s"), QStringLiteral("Quorvel - Saving Game"));
+    const qulonglong prompt
+        = OpenFromMenu(x, window, QStringLiteral("s"), QStringLiteral("Quorvel - Saving Game"));
     QVERIFY(prompt);
     QVERIFY(x.Type(prompt, QStringLiteral("first move")));
     QVERIFY(x.Key(prompt, QStringLiteral("Return")));
@@ -300,11 +313,13 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
     QCOMPARE(saved.steps, 1);
     QCOMPARE(saved.codes[one.piece], one.to);
 
-    DragAlong(x, origin, CellOfCode(two.from), { CellOfCode(two.to) });
-    QVERIFY(x.WaitForScreen([&](const QImage &s) { return BlockShownOn(s, origin, two.piece, CellOfCode(two.to)); }));
+    DragAlong(x, origin, CellOfCode(two.from), {CellOfCode(two.to)});
+    QVERIFY(x.WaitForScreen(
+        [&](const QImage &s) { return BlockShownOn(s, origin, two.piece, CellOfCode(two.to)); }));
 
     // The second move is unsaved: loading asks first; No goes on.
-    const qulonglong question = OpenFromMenu(x, window, QStringLiteral("l"), QStringLiteral("Quorvel - Load game"));
+    const qulonglong question
+        = OpenFromMenu(x, window, QStringLiteral("l"), QStringLiteral("Quorvel - Load game"));
     QVERIFY(question);
     QVERIFY(x.Key(question, QStringLiteral("alt+n")));
     const qulonglong chooser = x.WaitForWindow(QStringLiteral("Load Game"));
