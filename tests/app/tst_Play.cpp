@@ -74,15 +74,12 @@ class tst_Play : public QObject
 private slots:
     void chooserListsEveryLevelAndAnswers_data();
     void chooserListsEveryLevelAndAnswers();
-    void chooserSitsOverTheMainWindow();
     void choosingALevelSetsItUpAfterAWin();
     void blockFollowsOnlyAlongFreePaths();
     void droppingCountsStepsAndRefreshesTheStatus();
     void onlyTheLeftButtonDrags();
-    void draggingWorksAtFifteenUnitsPerPixel();
     void bringingTheBigBlockToTheExitWins();
     void onlyTheBigBlocksDropEndsTheGame();
-    void damagedLevelIsRefusedBeforeTheBoardChanges();
 };
 
 void tst_Play::chooserListsEveryLevelAndAnswers_data()
@@ -109,6 +106,7 @@ void tst_Play::chooserListsEveryLevelAndAnswers()
     QString title;
     QSize size;
     bool noSelection = false, listHasFocus = false, tabOrder = false;
+    QPoint offset;
     // Only looks and acts here: a failed check inside would leave the dialog open.
     WhenModal([&](QWidget *widget) {
         auto *chooser = qobject_cast<frmLevel *>(widget);
@@ -117,6 +115,7 @@ void tst_Play::chooserListsEveryLevelAndAnswers()
             return;
         }
         title = chooser->windowTitle();
+        offset = chooser->frameGeometry().topLeft() - form.frameGeometry().topLeft();
         size = chooser->size();
         noSelection = chooser->lisLevel->selectedItems().isEmpty();
         listHasFocus = chooser->focusWidget() == chooser->lisLevel;
@@ -142,6 +141,7 @@ void tst_Play::chooserListsEveryLevelAndAnswers()
     form.mnuNewGame_Click();
     QCOMPARE(title, QStringLiteral("Choose Level"));
     QCOMPARE(size, QSize(277, 234));
+    QCOMPARE(offset.x(), 65); // (408 - 277) = 131, halved: both carry the same frame
     QVERIFY(noSelection);
     QVERIFY(listHasFocus);
     QVERIFY(tabOrder);
@@ -155,24 +155,6 @@ void tst_Play::chooserListsEveryLevelAndAnswers()
     if (answer >= 0)
         QCOMPARE(form.lblStatus->text(), QStringLiteral("Level: 42 - Level 42  "));
     QVERIFY(game.platform.Done());
-}
-
-void tst_Play::chooserSitsOverTheMainWindow()
-{
-    Game game;
-    frmMain form(game.platform, game.folder.path());
-    QVERIFY(StartUp(form, game.platform, game.folder));
-    QPoint offset;
-    QSize outer;
-    WhenModal([&](QWidget *widget) {
-        offset = widget->frameGeometry().topLeft() - form.frameGeometry().topLeft();
-        outer = widget->frameGeometry().size();
-        widget->close();
-    });
-    form.mnuNewGame_Click();
-    // Both windows carry the same frame: (408 - 277) = 131, halved to 65.
-    QCOMPARE(offset.x(), 65);
-    QCOMPARE(offset.y(), (form.frameGeometry().height() - outer.height()) / 2);
 }
 
 void tst_Play::choosingALevelSetsItUpAfterAWin()
@@ -286,20 +268,6 @@ void tst_Play::onlyTheLeftButtonDrags()
     QCOMPARE(form.game.steps, 1);
 }
 
-void tst_Play::draggingWorksAtFifteenUnitsPerPixel()
-{
-    Game game({"2003/2003/4115/46.5/8.79"}, 15);
-    frmMain form(game.platform, game.folder.path());
-    QVERIFY(StartUp(form, game.platform, game.folder));
-    ChooseLevel(form, 0);
-    DragBlock(form, 5, {3, 3}, {{3, 2}}); // lower half grabbed; blocked above
-    DragBlock(form, 6, {1, 3}, {{2, 3}});
-    QCOMPARE(form.imgPieces[6]->pos(), QPoint(150, 210));
-    QCOMPARE(form.imgPieces[6]->Left(), 150.0f * 15);
-    QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/4.65/8.79"));
-    QCOMPARE(form.game.steps, 1);
-}
-
 void tst_Play::bringingTheBigBlockToTheExitWins()
 {
     Game game({NearlySolved});
@@ -338,37 +306,6 @@ void tst_Play::onlyTheBigBlocksDropEndsTheGame()
     game.platform.Reply(Answer::Ok);
     DragBlock(form, 0, {1, 3}, {});
     QCOMPARE(game.platform.Shown(), QStringList {Congratulations.arg(1)});
-}
-
-void tst_Play::damagedLevelIsRefusedBeforeTheBoardChanges()
-{
-    Game game({"2003/2003/4115/4675/8..9"});
-    LevelTable levels = game.folder.levels;
-    levels[1].codes[0] = 33; // off the board
-    levels[2].codes[9] = levels[2].codes[8]; // two blocks on one cell
-    game.folder.Write("QVL.ZHN", SerializeLevels(levels));
-    frmMain form(game.platform, game.folder.path());
-    QVERIFY(StartUp(form, game.platform, game.folder));
-    ChooseLevel(form, 0);
-    DragBlock(form, 8, {0, 4}, {{1, 4}});
-    const QByteArray board = BoardPicture(form.game);
-    game.platform.Reply(Answer::Yes); // save first? yes...
-    game.platform.Type(QString()); // ...then give up
-    game.platform.Reply(Answer::Yes);
-    game.platform.Reply(Answer::Ok);
-    ChooseLevel(form, 1);
-    QCOMPARE(game.platform.Calls().last().title, QStringLiteral("Quorvel - New Game"));
-    QCOMPARE(game.platform.Calls().last().icon, Icon::Critical);
-    QVERIFY(game.platform.Calls().last().text.startsWith("Level 2 cannot be played"));
-    QCOMPARE(BoardPicture(form.game), board);
-    QCOMPARE(form.game.levelIndex, int16_t(0));
-    QCOMPARE(form.game.steps, 1);
-    QVERIFY(form.gameChanged);
-    game.platform.Reply(Answer::No);
-    game.platform.Reply(Answer::Ok);
-    ChooseLevel(form, 2);
-    QVERIFY(game.platform.Calls().last().text.contains("overlap"));
-    QVERIFY(game.platform.Done());
 }
 
 QTEST_MAIN(tst_Play)

@@ -10,78 +10,86 @@ namespace {
 QProcessEnvironment EnvironmentFor(const QString &display)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("DISPLAY"), display);
-    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-    environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    environment.insert("DISPLAY", display);
+    environment.remove("QT_QPA_PLATFORM");
+    environment.remove("WAYLAND_DISPLAY");
     return environment;
+}
+
+// Runs a helper program against the display; true when it succeeded.
+bool Run(const QString &display, const QString &program, const QStringList &arguments,
+    QByteArray *output = nullptr)
+{
+    QProcess process;
+    process.setProcessEnvironment(EnvironmentFor(display));
+    process.start(program, arguments);
+    if (!process.waitForFinished(20000))
+        return false;
+    if (output)
+        *output = process.readAllStandardOutput();
+    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
 // xdotool matches titles as POSIX extended expressions, where an escaped
 // space means nothing; only the expression's own characters are escaped.
 QString ExactTitle(const QString &title)
 {
-    QString pattern = QStringLiteral("^");
-    for (const QChar c : title) {
-        if (QStringLiteral(".^$*+?()[]{}|\\").contains(c))
-            pattern += QLatin1Char('\\');
-        pattern += c;
-    }
-    return pattern + QLatin1Char('$');
+    QString pattern = "^";
+    for (const QChar c : title)
+        pattern += QString(".^$*+?()[]{}|\\").contains(c) ? QString("\\") + c : QString(c);
+    return pattern + "$";
 }
 
-// Short pauses while polling; the bound is always the caller's deadline.
-void Pause()
+// Polls `done` until it holds or the time is up; short pauses in between.
+bool Poll(int timeoutMs, const std::function<bool()> &done)
 {
-    QThread::msleep(20);
+    QDeadlineTimer deadline(timeoutMs);
+    do {
+        if (done())
+            return true;
+        QThread::msleep(20);
+    } while (!deadline.hasExpired());
+    return false;
 }
 
 } // namespace
 
 XSession::XSession()
 {
-    // The server picks a free display itself and names it on its output once
-    // it accepts connections, so nothing is started before it is ready.
-    server_.start(QStringLiteral("Xvfb"),
-        {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-            QStringLiteral("0"), QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"),
-            QStringLiteral("tcp")});
-    if (!server_.waitForStarted(5000))
-        return;
-    QDeadlineTimer deadline(20000);
-    QByteArray named;
-    while (
-        !named.contains('\n') && server_.state() == QProcess::Running && !deadline.hasExpired()) {
-        server_.waitForReadyRead(100);
-        named += server_.readAllStandardOutput();
-    }
-    bool ok = false;
-    const int display = named.trimmed().toInt(&ok);
-    if (!ok || display < 0)
-        return;
-    // Named is not yet answering on a busy machine: wait for a client to get in.
-    const QString name = QStringLiteral(":%1").arg(display);
-    while (!deadline.hasExpired()) {
-        QProcess probe;
-        probe.start(QStringLiteral("xdpyinfo"), {QStringLiteral("-display"), name});
-        if (probe.waitForFinished(5000) && probe.exitStatus() == QProcess::NormalExit
-            && probe.exitCode() == 0) {
+    // A display number of our own, far from the ones desktops and other
+    // suites take first: two servers that share a number, one leaving while
+    // the other arrives, can hand clients to the wrong one.
+    for (int attempt = 0; attempt < 20 && display_ < 0; ++attempt) {
+        const int display
+            = 100 + int((QCoreApplication::applicationPid() * 7 + attempt * 131) % 800);
+        server_.start("Xvfb",
+            {QString(":%1").arg(display), "-displayfd", "1", "-screen", "0", "1024x768x24",
+                "-nolisten", "tcp"});
+        QByteArray named;
+        Poll(20000, [&] {
+            server_.waitForReadyRead(100);
+            named += server_.readAllStandardOutput();
+            return named.contains('\n') || server_.state() != QProcess::Running;
+        });
+        // On a busy machine it names the display before it answers: wait
+        // for a client to get in.
+        if (named.trimmed().toInt() == display
+            && Poll(20000, [&] { return Run(QString(":%1").arg(display), "xdpyinfo", {}); }))
             display_ = display;
-            return;
+        else if (server_.state() != QProcess::NotRunning) {
+            server_.kill();
+            server_.waitForFinished();
         }
-        Pause();
     }
 }
 
 XSession::~XSession()
 {
     EndProgram();
-    if (server_.state() != QProcess::NotRunning) {
-        server_.terminate();
-        if (!server_.waitForFinished(5000)) {
-            server_.kill();
-            server_.waitForFinished();
-        }
-    }
+    server_.terminate();
+    if (!server_.waitForFinished(5000))
+        server_.kill();
+    server_.waitForFinished();
 }
 
 void XSession::EndProgram()
@@ -110,95 +118,60 @@ int XSession::WaitForExit(int timeoutMs)
 
 bool XSession::Xdo(const QStringList &arguments, QString *output)
 {
-    QProcess xdo;
-    xdo.setProcessEnvironment(EnvironmentFor(Display()));
-    xdo.start(QStringLiteral("xdotool"), arguments);
-    if (!xdo.waitForFinished(10000))
-        return false;
+    QByteArray bytes;
+    const bool ok = Run(Display(), "xdotool", arguments, &bytes);
     if (output)
-        *output = QString::fromLocal8Bit(xdo.readAllStandardOutput());
-    return xdo.exitStatus() == QProcess::NormalExit && xdo.exitCode() == 0;
+        *output = QString::fromLocal8Bit(bytes);
+    return ok;
 }
 
 qulonglong XSession::WaitForWindow(const QString &title, int timeoutMs)
 {
-    QDeadlineTimer deadline(timeoutMs);
-    do {
+    qulonglong window = 0;
+    Poll(timeoutMs, [&] {
         QString found;
-        if (Xdo({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                    QStringLiteral("--name"), ExactTitle(title)},
-                &found)) {
-            const qulonglong window = found.section(QLatin1Char('\n'), 0, 0).toULongLong();
-            if (window)
-                return window;
-        }
-        Pause();
-    } while (!deadline.hasExpired());
-    return 0;
+        Xdo({"search", "--onlyvisible", "--name", ExactTitle(title)}, &found);
+        window = found.section('\n', 0, 0).toULongLong();
+        return window != 0;
+    });
+    return window;
 }
 
 bool XSession::WaitForNoWindow(const QString &title, int timeoutMs)
 {
-    QDeadlineTimer deadline(timeoutMs);
-    do {
+    return Poll(timeoutMs, [&] {
         QString found;
-        Xdo({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
-                ExactTitle(title)},
-            &found);
-        if (found.trimmed().isEmpty())
-            return true;
-        Pause();
-    } while (!deadline.hasExpired());
-    return false;
+        Xdo({"search", "--onlyvisible", "--name", ExactTitle(title)}, &found);
+        return found.trimmed().isEmpty();
+    });
 }
 
 QRect XSession::Geometry(qulonglong window)
 {
     QString shell;
-    if (!Xdo({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"),
-                 QString::number(window)},
-            &shell))
-        return {};
-    QRect rect;
-    for (const QString &line : shell.split(QLatin1Char('\n'))) {
-        const QString value = line.section(QLatin1Char('='), 1);
-        if (line.startsWith(QLatin1String("X=")))
-            rect.moveLeft(value.toInt());
-        else if (line.startsWith(QLatin1String("Y=")))
-            rect.moveTop(value.toInt());
-        else if (line.startsWith(QLatin1String("WIDTH=")))
-            rect.setWidth(value.toInt());
-        else if (line.startsWith(QLatin1String("HEIGHT=")))
-            rect.setHeight(value.toInt());
-    }
-    return rect;
+    Xdo({"getwindowgeometry", "--shell", QString::number(window)}, &shell);
+    const auto value = [&shell](const char *key) {
+        return shell.section(QString("\n%1=").arg(key), 1).section('\n', 0, 0).toInt();
+    };
+    shell.prepend('\n');
+    return {value("X"), value("Y"), value("WIDTH"), value("HEIGHT")};
 }
 
 QImage XSession::Screenshot()
 {
-    QProcess grab;
-    grab.setProcessEnvironment(EnvironmentFor(Display()));
-    grab.start(QStringLiteral("import"),
-        {QStringLiteral("-display"), Display(), QStringLiteral("-window"), QStringLiteral("root"),
-            QStringLiteral("png:-")});
-    if (!grab.waitForFinished(20000))
+    QByteArray png;
+    if (!Run(Display(), "import", {"-display", Display(), "-window", "root", "png:-"}, &png))
         return {};
-    return QImage::fromData(grab.readAllStandardOutput(), "PNG")
-        .convertToFormat(QImage::Format_RGB32);
+    return QImage::fromData(png, "PNG").convertToFormat(QImage::Format_RGB32);
 }
 
 bool XSession::WaitForScreen(const std::function<bool(const QImage &)> &check, int timeoutMs)
 {
-    QDeadlineTimer deadline(timeoutMs);
     QImage shot;
-    do {
-        shot = Screenshot();
-        if (!shot.isNull() && check(shot))
-            return true;
-        Pause();
-    } while (!deadline.hasExpired());
+    if (Poll(timeoutMs, [&] { return check(shot = Screenshot()); }))
+        return true;
     // What the screen showed instead, for whoever reads the failure.
-    const QString kept = QDir::temp().filePath(QStringLiteral("quorvel-unexpected-screen.png"));
+    const QString kept = QDir::temp().filePath("quorvel-unexpected-screen.png");
     if (shot.save(kept))
         qWarning("The screen did not show what was expected; it is kept in %s", qPrintable(kept));
     return false;
@@ -208,32 +181,26 @@ bool XSession::WaitForScreen(const std::function<bool(const QImage &)> &check, i
 // keyboard's would; events sent to a window directly are marked synthetic.
 bool XSession::Key(qulonglong window, const QString &keys)
 {
-    if (!Xdo({QStringLiteral("windowfocus"), QString::number(window)}))
-        return false;
-    QStringList arguments {QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("30")};
-    arguments += keys.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    return Xdo(arguments);
+    return Xdo({"windowfocus", QString::number(window)})
+        && Xdo(QStringList {"key", "--delay", "30"} + keys.split(' ', Qt::SkipEmptyParts));
 }
 
 bool XSession::Type(qulonglong window, const QString &text)
 {
-    if (!Xdo({QStringLiteral("windowfocus"), QString::number(window)}))
-        return false;
-    return Xdo({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("30"), text});
+    return Xdo({"windowfocus", QString::number(window)}) && Xdo({"type", "--delay", "30", text});
 }
 
 bool XSession::MouseMove(QPoint screen)
 {
-    return Xdo(
-        {QStringLiteral("mousemove"), QString::number(screen.x()), QString::number(screen.y())});
+    return Xdo({"mousemove", QString::number(screen.x()), QString::number(screen.y())});
 }
 
 bool XSession::MouseDown()
 {
-    return Xdo({QStringLiteral("mousedown"), QStringLiteral("1")});
+    return Xdo({"mousedown", "1"});
 }
 
 bool XSession::MouseUp()
 {
-    return Xdo({QStringLiteral("mouseup"), QStringLiteral("1")});
+    return Xdo({"mouseup", "1"});
 }
