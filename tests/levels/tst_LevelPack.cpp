@@ -1,97 +1,155 @@
 // The level file the build compiled: what a player gets must be sound,
-// solvable, all different and in order of difficulty.
-#include "SolverCheck.h"
+// solvable, all different and in order of difficulty. And quorvel-levels,
+// which checks and solves such files, as a player or the build runs it.
+#include "game/Solver.h"
+#include "support/ProgramFolder.h"
 
-#include "files/LevelFile.h"
-
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 
-#include <memory>
 #include <set>
+
+namespace {
+
+struct Run
+{
+    int exitCode = -1; // also for a crash or a hang
+    QStringList out; // lines
+    QString err;
+};
+
+Run RunTool(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(QUORVEL_LEVELS_TOOL), arguments);
+    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit)
+        return {};
+    return {process.exitCode(),
+        QString::fromUtf8(process.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts),
+        QString::fromUtf8(process.readAllStandardError())};
+}
+
+// Every refusal is one line, so a build step that runs the tool fails readably.
+bool IsOneLine(const QString &text)
+{
+    return text.startsWith("quorvel-levels: ") && text.count('\n') == 1 && text.endsWith('\n');
+}
+
+} // namespace
 
 class tst_LevelPack : public QObject
 {
     Q_OBJECT
 private slots:
     void initTestCase();
-    void everyLevelIsAPlayablePuzzle_data();
-    void everyLevelIsAPlayablePuzzle();
-    void noLevelRepeatsAnother();
-    void difficultyRisesGentlyToTheHardest();
-    void namesAreTenLettersAndDistinct();
+    void everyLevelIsADistinctSolvablePuzzle();
+    void toolRefusesBadInput_data();
+    void toolRefusesBadInput();
+    void checkGivesEveryLevelItsVerdict();
+    void solveTellsEachStepInPlayersWords();
 
 private:
-    LevelTable levels;
-    std::unique_ptr<StateSpace> space;
-    std::vector<int> steps;
+    QString file(const char *name) const { return dir.filePath(QLatin1String(name)); }
+
+    QTemporaryDir dir;
+    LevelTable levels, broken;
+    std::vector<int> steps; // -1: cannot be solved
+    const StateSpace space;
 };
 
 void tst_LevelPack::initTestCase()
 {
     const FileError error = ReadLevelFile(QStringLiteral(QUORVEL_LEVEL_FILE), levels);
     QVERIFY2(!error, qPrintable(error.description));
-    space = std::make_unique<StateSpace>();
     for (const LevelRecord &level : levels)
-        steps.push_back(space->StepsToSolve(level.codes).value_or(-1));
+        steps.push_back(space.StepsToSolve(level.codes).value_or(-1));
+
+    // The game would ignore a longer tail; a pack that carries one was not
+    // written by the tool.
+    QFile longer(file("long.zhn"));
+    QVERIFY(longer.open(QIODevice::WriteOnly) && longer.write(SerializeLevels(levels) + '\0') > 0);
+    // Level 5 with two blocks on one cell, level 9 that no step solves, the
+    // last level two steps from solved.
+    broken = levels;
+    broken[4].codes[9] = broken[4].codes[8];
+    broken[8].codes = LayoutFromPicture("2311/234./654./7500/8900");
+    broken[69].codes = LayoutFromPicture("1167/2.83/2.93/4500/4500");
+    QFile brokenFile(file("broken.zhn"));
+    QVERIFY(brokenFile.open(QIODevice::WriteOnly) && brokenFile.write(SerializeLevels(broken)) > 0);
 }
 
-void tst_LevelPack::everyLevelIsAPlayablePuzzle_data()
-{
-    QTest::addColumn<int>("index");
-    for (int i = 0; i < LevelCount; ++i)
-        QTest::addRow("%02d %s", i + 1, qPrintable(levels[i].levelName)) << i;
-}
-
-void tst_LevelPack::everyLevelIsAPlayablePuzzle()
-{
-    QFETCH(int, index);
-    const Layout &codes = levels[index].codes;
-    QCOMPARE(QString::fromStdString(CheckLayout(codes)), QString());
-    const std::optional<Solution> solution = Solve(codes);
-    QVERIFY2(solution, "cannot be solved");
-    QVERIFY2(solution->Steps() > 0, "solved before the first step");
-    QCOMPARE(solution->Steps(), steps[index]);
-    QCOMPARE(Replay(codes, solution->moves), QString());
-    // No first step leads somewhere harder: the level is not a harder
-    // puzzle with its opening played.
-    for (const SolverMove &move : LegalMoves(codes))
-        QVERIFY(space->StepsToSolve(ApplyMove(codes, move)).value_or(-1) <= steps[index]);
-}
-
-void tst_LevelPack::noLevelRepeatsAnother()
-{
-    std::set<PositionKey> seen;
-    for (int i = 0; i < LevelCount; ++i)
-        QVERIFY2(seen.insert(MirrorFreeKey(KeyOf(levels[i].codes))).second,
-            qPrintable(
-                QStringLiteral("level %1 repeats an earlier one, perhaps mirrored").arg(i + 1)));
-}
-
-void tst_LevelPack::difficultyRisesGentlyToTheHardest()
-{
-    for (int i = 1; i < LevelCount; ++i) {
-        const QByteArray where = QByteArray::number(i + 1);
-        QVERIFY2(steps[i] >= steps[i - 1], "easier than the level before: " + where);
-        // Smooth: no level much harder than the one before.
-        QVERIFY2(steps[i] - steps[i - 1] <= 4, "a jump in difficulty at level " + where);
-    }
-    for (int i = 0; i < 3; ++i)
-        QVERIFY(steps[i] > 0 && steps[i] < 20);
-    QCOMPARE(steps[LevelCount - 1], space->MaxDistance());
-    for (int i = LevelCount - 5; i < LevelCount; ++i)
-        QVERIFY(steps[i] >= space->MaxDistance() - 5);
-}
-
-void tst_LevelPack::namesAreTenLettersAndDistinct()
+void tst_LevelPack::everyLevelIsADistinctSolvablePuzzle()
 {
     static const QRegularExpression words(QStringLiteral("^[A-Za-z][A-Za-z ]{8}[A-Za-z]$"));
+    std::set<PositionKey> seen;
     std::set<QString> names;
-    for (const LevelRecord &level : levels) {
-        QVERIFY2(words.match(level.levelName).hasMatch(), qPrintable(level.levelName));
-        QVERIFY2(names.insert(level.levelName.toLower()).second, qPrintable(level.levelName));
+    for (int i = 0; i < LevelCount; ++i) {
+        const QByteArray level = "level " + QByteArray::number(i + 1);
+        QVERIFY2(CheckLayout(levels[i].codes).empty() && steps[i] > 0, level + " is no puzzle");
+        QVERIFY2(seen.insert(MirrorFreeKey(KeyOf(levels[i].codes))).second,
+            level + " repeats an earlier one, perhaps mirrored");
+        QVERIFY2(i == 0 || steps[i] >= steps[i - 1], level + " is easier than the one before");
+        QVERIFY2(words.match(levels[i].levelName).hasMatch()
+                && names.insert(levels[i].levelName.toLower()).second,
+            qPrintable(levels[i].levelName));
+    }
+    // A newcomer's first levels, and the hardest position there is last.
+    QVERIFY(steps[2] < 20);
+    QCOMPARE(steps[LevelCount - 1], 101);
+}
+
+void tst_LevelPack::toolRefusesBadInput_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode"); // 1: a bad file or level; 2: a bad command line
+    const QString pack = QStringLiteral(QUORVEL_LEVEL_FILE);
+    QTest::newRow("missing file") << QStringList {"check", file("missing.zhn")} << 1;
+    QTest::newRow("a byte too long") << QStringList {"check", file("long.zhn")} << 1;
+    QTest::newRow("bad layout") << QStringList {"solve", file("broken.zhn"), "5"} << 1;
+    QTest::newRow("level 0") << QStringList {"solve", pack, "0"} << 2;
+    QTest::newRow("level 71") << QStringList {"solve", pack, "71"} << 2;
+    QTest::newRow("level in words") << QStringList {"solve", pack, "three"} << 2;
+    QTest::newRow("unknown command") << QStringList {"play", pack} << 2;
+}
+
+void tst_LevelPack::toolRefusesBadInput()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    const Run run = RunTool(arguments);
+    QCOMPARE(run.exitCode, exitCode);
+    QVERIFY2(IsOneLine(run.err), qPrintable(run.err));
+    QVERIFY(run.out.isEmpty());
+}
+
+void tst_LevelPack::checkGivesEveryLevelItsVerdict()
+{
+    const Run run = RunTool({"check", file("broken.zhn")});
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(IsOneLine(run.err) && run.err.contains("2 of 70 levels are bad"), qPrintable(run.err));
+    QCOMPARE(run.out.size(), LevelCount);
+    for (int i = 0; i < LevelCount; ++i) {
+        const QString verdict = i == 69 ? QStringLiteral("2 steps")
+            : i == 4 ? "bad layout: " + QString::fromStdString(CheckLayout(broken[4].codes))
+            : i == 8 ? QStringLiteral("cannot be solved")
+                     : QStringLiteral("%1 steps").arg(steps[i]);
+        QCOMPARE(run.out[i],
+            QStringLiteral("%1  \"%2\"  %3").arg(i + 1, 2).arg(levels[i].levelName, verdict));
     }
 }
 
-QTEST_APPLESS_MAIN(tst_LevelPack)
+void tst_LevelPack::solveTellsEachStepInPlayersWords()
+{
+    const Run run = RunTool({"solve", file("broken.zhn"), "70"});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.out,
+        QStringList({QStringLiteral("Level 70, \"%1\": 2 steps.").arg(levels[69].levelName),
+            "1. Slide the tall block at rows 4-5, column 2 up 2 cells, to rows 2-3, column 2.",
+            "2. Slide the big block at rows 4-5, columns 3-4 left 1 cell, to rows 4-5, columns "
+            "2-3.",
+            "Solved in 2 steps."}));
+}
+
+QTEST_GUILESS_MAIN(tst_LevelPack)
 #include "tst_LevelPack.moc"
