@@ -1,5 +1,5 @@
-// The rules on boards drawn here: codes and marking, the sweeps, the solved
-// test, the pointer arithmetic, and what a drag and a drop decide.
+// The rules on boards drawn here: codes and marking, the solved test, the
+// pointer arithmetic, and what a drag and a drop decide (through the sweeps).
 #include "game/Moves.h"
 #include "support/BoardText.h"
 #include "support/ProgramFolder.h"
@@ -49,8 +49,6 @@ private slots:
     void overlappingBlocksKeepTheLaterMark();
     void checkLayoutRefusesBrokenLayouts_data();
     void checkLayoutRefusesBrokenLayouts();
-    void sweeps_data();
-    void sweeps();
     void solvedOnlyOnTheExit_data();
     void solvedOnlyOnTheExit();
     void pointerArithmetic();
@@ -120,39 +118,6 @@ void tst_Rules::checkLayoutRefusesBrokenLayouts()
     codes[piece] = int16_t(code);
     const QString found = QString::fromStdString(CheckLayout(codes));
     QVERIFY2(reason.isEmpty() ? found.isEmpty() : found.startsWith(reason), qPrintable(found));
-}
-
-void tst_Rules::sweeps_data()
-{
-    QTest::addColumn<QByteArray>("picture");
-    QTest::addColumn<int>("piece");
-    QTest::addColumn<bool>("horizontal");
-    QTest::addColumn<int>("from");
-    QTest::addColumn<int>("to");
-    QTest::addColumn<int>("line");
-    QTest::addColumn<bool>("free");
-    QTest::newRow("small-two-right") << Start << 8 << true << 0 << 2 << 4 << true;
-    QTest::newRow("small-three-right-blocked") << Start << 8 << true << 0 << 3 << 4 << false;
-    QTest::newRow("ends-in-either-order") << Start << 9 << true << 3 << 1 << 4 << true;
-    QTest::newRow("vertical-down-over-itself")
-        << QByteArray("2003/2003/4115/4675/.8.9") << 4 << false << 2 << 3 << 0 << true;
-    QTest::newRow("big-blocked-below") << Start << 0 << false << 0 << 1 << 1 << false;
-    QTest::newRow("staying-put") << Start << 0 << false << 0 << 0 << 1 << true;
-}
-
-void tst_Rules::sweeps()
-{
-    QFETCH(QByteArray, picture);
-    QFETCH(int, piece);
-    QFETCH(bool, horizontal);
-    QFETCH(int, from);
-    QFETCH(int, to);
-    QFETCH(int, line);
-    QFETCH(bool, free);
-    const GameState game = Drawn(picture);
-    QCOMPARE(horizontal ? game.CanSlideHorizontally(piece, from, to, line)
-                        : game.CanSlideVertically(piece, from, to, line),
-        free);
 }
 
 void tst_Rules::solvedOnlyOnTheExit_data()
