@@ -13,6 +13,8 @@ packages=(
     # testing: a real X server to drive, pictures to compare, the formatter
     xvfb xdotool x11-utils fonts-dejavu-core desktop-file-utils
     clang clang-format
+    # hardening: libFuzzer for clang's fuzzers, valgrind for the leak check
+    libclang-rt-14-dev valgrind
 )
 
 missing=()

@@ -13,7 +13,7 @@ cp "$build/bin/quorvel" "$build/bin/QVL.ZHN" "$folder/"
 mkdir "$folder/skins"
 cp "$build/bin/skins/default.bmp" "$folder/skins/"
 
-exec 3< <(Xvfb -displayfd 1 -screen 0 1024x768x24 -nolisten tcp 2>/dev/null)
+exec 3< <(Xvfb -displayfd 1 -screen 0 1024x768x24 -nolisten tcp -noreset 2>/dev/null)
 xvfb=$!
 read -r display <&3
 export DISPLAY=":$display"

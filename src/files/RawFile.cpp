@@ -3,7 +3,6 @@
 #include "RawFile.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 #include <cerrno>
 #include <cstring>
@@ -20,8 +19,7 @@ class Descriptor
 public:
     explicit Descriptor(int fd)
         : fd_(fd)
-    {
-    }
+    { }
     ~Descriptor()
     {
         if (fd_ >= 0)
@@ -55,15 +53,42 @@ FileError RequireRegular(int fd)
     if (S_ISDIR(info.st_mode))
         return ErrorFromErrno(EISDIR);
     if (!S_ISREG(info.st_mode))
-        return { EINVAL, QStringLiteral("Not a regular file") };
+        return {EINVAL, QStringLiteral("Not a regular file")};
     return {};
+}
+
+// Writes the whole block from the file's current offset; 0 or errno.
+int WriteAll(int fd, const QByteArray &bytes)
+{
+    qint64 done = 0;
+    while (done < bytes.size()) {
+        const ssize_t put = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (put < 0 && errno != EINTR)
+            return errno;
+        if (put > 0)
+            done += put;
+    }
+    return 0;
+}
+
+FileError RewriteInPlace(const QByteArray &native, const QByteArray &bytes)
+{
+    Descriptor file(::open(native.constData(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW));
+    if (file.get() < 0)
+        return ErrorFromErrno(errno);
+    int failure = WriteAll(file.get(), bytes);
+    if (failure == 0 && ::ftruncate(file.get(), bytes.size()) != 0)
+        failure = errno;
+    if (file.release() != 0 && failure == 0)
+        failure = errno;
+    return failure ? ErrorFromErrno(failure) : FileError {};
 }
 
 } // namespace
 
 FileError ErrorFromErrno(int number)
 {
-    return { number, QString::fromLocal8Bit(std::strerror(number)) };
+    return {number, QString::fromLocal8Bit(std::strerror(number))};
 }
 
 FileError ReadFileStart(const QString &path, qint64 limit, QByteArray &bytes, Lock lock)
@@ -73,7 +98,8 @@ FileError ReadFileStart(const QString &path, qint64 limit, QByteArray &bytes, Lo
         return ErrorFromErrno(ENOENT);
     // Non-blocking, so that a pipe or device dropped in a player's folder
     // cannot hang the game before it is refused as no regular file.
-    Descriptor file(::open(NativePath(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    Descriptor file(
+        ::open(NativePath(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     if (file.get() < 0)
         return ErrorFromErrno(errno);
     if (FileError error = RequireRegular(file.get()))
@@ -109,20 +135,12 @@ FileError WriteFileStart(const QString &path, const QByteArray &bytes)
     // A link is not followed, so a name in a folder cannot send the write
     // anywhere else.
     Descriptor file(::open(native.constData(),
-                           O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW, 0666));
+        O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW, 0666));
     if (file.get() < 0)
         return ErrorFromErrno(errno);
     if (FileError error = RequireRegular(file.get()))
         return error;
-    int failure = 0;
-    qint64 done = 0;
-    while (done < bytes.size() && failure == 0) {
-        const ssize_t put = ::write(file.get(), bytes.constData() + done, size_t(bytes.size() - done));
-        if (put < 0 && errno != EINTR)
-            failure = errno;
-        else if (put > 0)
-            done += put;
-    }
+    int failure = WriteAll(file.get(), bytes);
     if (failure == 0 && ::fsync(file.get()) != 0 && errno != EINVAL)
         failure = errno;
     if (file.release() != 0 && failure == 0)
@@ -134,19 +152,45 @@ FileError WriteFileStart(const QString &path, const QByteArray &bytes)
 
 FileError ReplaceFile(const QString &path, const QByteArray &bytes)
 {
-    QSaveFile file(path);
-    // In a folder where no temporary file can be made, an existing writable
-    // file is still written in place rather than refused.
-    file.setDirectWriteFallback(true);
-    if (!file.open(QIODevice::WriteOnly)) {
-        const int number = errno ? errno : EIO;
-        return { number, file.errorString() };
+    if (path.contains(QChar(0)))
+        return ErrorFromErrno(EINVAL);
+    const QByteArray native = NativePath(path);
+    struct stat old;
+    const bool existed = ::stat(native.constData(), &old) == 0 && S_ISREG(old.st_mode);
+    // The new content goes to a file of its own beside the old one and
+    // takes its place only once it is wholly written: a full disk or a
+    // failing write leaves the old file as it was. The player's file need
+    // not be readable or writable itself, only its folder.
+    QByteArray temporary;
+    int fd = -1;
+    for (int attempt = 0; fd < 0 && attempt < 100; ++attempt) {
+        temporary
+            = native + '.' + QByteArray::number(::getpid()) + '-' + QByteArray::number(attempt);
+        fd = ::open(
+            temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+        if (fd < 0 && errno != EEXIST)
+            break;
     }
-    if (file.write(bytes) != bytes.size() || !file.commit()) {
-        const int number = errno ? errno : EIO;
-        const QString reason = file.errorString();
-        file.cancelWriting();
-        return { number, reason };
+    if (fd < 0) {
+        // In a folder where no file can be made, an existing writable file
+        // is still written in place rather than refused.
+        const int number = errno;
+        return existed && (number == EACCES || number == EPERM) ? RewriteInPlace(native, bytes)
+                                                                : ErrorFromErrno(number);
     }
-    return {};
+    Descriptor file(fd);
+    // The player's own choice of who may read the file stays, as long as
+    // the player still may.
+    if (existed)
+        ::fchmod(fd, (old.st_mode & 07777) | S_IRUSR | S_IWUSR);
+    int failure = WriteAll(fd, bytes);
+    if (failure == 0 && ::fsync(fd) != 0 && errno != EINVAL)
+        failure = errno;
+    if (file.release() != 0 && failure == 0)
+        failure = errno;
+    if (failure == 0 && ::rename(temporary.constData(), native.constData()) != 0)
+        failure = errno;
+    if (failure != 0)
+        ::unlink(temporary.constData());
+    return failure ? ErrorFromErrno(failure) : FileError {};
 }

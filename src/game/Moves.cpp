@@ -4,6 +4,7 @@
 #include "Moves.h"
 
 #include <cmath>
+#include <limits>
 
 int32_t RoundHalfEven(double value)
 {
@@ -156,6 +157,9 @@ void CarryOutDrop(GameState &game, int16_t piece, const Drag &drag, const Drop &
     game.RemovePieceFromBoard(piece, static_cast<int16_t>(drag.startCol - drag.grabCol),
         static_cast<int16_t>(drag.startRow - drag.grabRow));
     game.PlacePieceOnBoard(piece, drop.topLeft.col, drop.topLeft.row);
-    if (drop.mouse.col != drag.startCol || drop.mouse.row != drag.startRow)
+    // The count stops at its largest value rather than turn negative, which
+    // a saved game could not be loaded with.
+    if ((drop.mouse.col != drag.startCol || drop.mouse.row != drag.startRow)
+        && game.steps < std::numeric_limits<int32_t>::max())
         ++game.steps;
 }

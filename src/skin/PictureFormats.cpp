@@ -133,7 +133,9 @@ QString CheckBmp(QByteArrayView file)
             return QStringLiteral("the BMP header is damaged");
         const qint64 stride = (width * bits + 31) / 32 * 4;
         const qint64 rows = height < 0 ? -height : height;
-        if (qint64(dataAt) + stride * rows > file.size())
+        // Divided rather than multiplied: a header may claim sizes whose
+        // product no integer holds.
+        if (stride > (file.size() - qint64(dataAt)) / rows)
             return Truncated;
         return {};
     }

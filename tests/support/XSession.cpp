@@ -58,13 +58,15 @@ XSession::XSession()
 {
     // A display number of our own, far from the ones desktops and other
     // suites take first: two servers that share a number, one leaving while
-    // the other arrives, can hand clients to the wrong one.
+    // the other arrives, can hand clients to the wrong one. Without
+    // -noreset the server resets when its last client leaves and refuses
+    // the next program meanwhile.
     for (int attempt = 0; attempt < 20 && display_ < 0; ++attempt) {
         const int display
             = 100 + int((QCoreApplication::applicationPid() * 7 + attempt * 131) % 800);
         server_.start("Xvfb",
             {QString(":%1").arg(display), "-displayfd", "1", "-screen", "0", "1024x768x24",
-                "-nolisten", "tcp"});
+                "-nolisten", "tcp", "-noreset"});
         QByteArray named;
         Poll(20000, [&] {
             server_.waitForReadyRead(100);
