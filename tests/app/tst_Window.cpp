@@ -1,6 +1,6 @@
 // Start-up on prepared program folders, then the board display, the status
 // line and skin cutting on the window it leaves, with a skin whose every
-// pixel is known.
+// pixel is known. What start-up does with damaged files is the fault suite's.
 #include "app/ImageControl.h"
 #include "app/modMain.h"
 #include "skin/SkinLayout.h"
@@ -14,14 +14,6 @@
 #include <QTest>
 
 namespace {
-
-const QString LevelError
-    = QStringLiteral("Quorvel - Error | An error has occurred while attempting "
-                     "loading data file\r\n%1/QVL.zhn\r\n%2");
-const QString SkinError
-    = QStringLiteral("Quorvel - ERROR | An error has occurred while attempting to "
-                     "load picture \r\n%1\r\nMake sure the picture exists and is "
-                     "of a correct format.");
 
 bool ShowsSkinArea(const QLabel &image, const SkinRect &r)
 {
@@ -38,8 +30,6 @@ private slots:
     void firstRunPreparesTheFolderAndShowsAnEmptyWindow();
     void settingsAreReadAndRepaired_data();
     void settingsAreReadAndRepaired();
-    void fatalFailuresEndTheProgram_data();
-    void fatalFailuresEndTheProgram();
     void unwritableSettingsAreReported();
     void everyImageGetsItsRectangleOfTheSkin();
     void blocksStandOnTheirCellsWhateverTheUnits_data();
@@ -114,47 +104,6 @@ void tst_Window::settingsAreReadAndRepaired()
     form.Form_Load();
     QVERIFY(!form.Ended());
     QCOMPARE(folder.Read("qvl.ini"), afterLoad);
-}
-
-void tst_Window::fatalFailuresEndTheProgram_data()
-{
-    QTest::addColumn<QString>("fault");
-    QTest::addColumn<QString>("message");
-    QTest::newRow("no-level-file")
-        << "no-levels" << LevelError.arg("%1", "2 No such file or directory");
-    QTest::newRow("short-level-file")
-        << "short-levels"
-        << LevelError.arg("%1", "62 Input past end of file: 2099 bytes where 2100 were expected");
-    QTest::newRow("no-skins-folder") << "no-skins" << SkinError.arg("%1/skins/default.bmp");
-    QTest::newRow("skin-is-no-picture") << "text-skin" << SkinError.arg("%1/skins/default.bmp");
-    QTest::newRow("skin-too-small") << "small-skin" << SkinError.arg("%1/skins/default.bmp");
-}
-
-void tst_Window::fatalFailuresEndTheProgram()
-{
-    QFETCH(QString, fault);
-    QFETCH(QString, message);
-    ProgramFolder folder({"2003/2003/4115/4675/8..9"}, fault != "no-skins");
-    if (fault == "no-levels")
-        QFile::remove(folder.File("QVL.ZHN"));
-    if (fault == "short-levels")
-        folder.Write("QVL.ZHN", QByteArray(2099, ' '));
-    if (fault == "text-skin")
-        folder.Write("skins/default.bmp", "this is no picture");
-    if (fault == "small-skin")
-        KnownSkin(369, 380).save(folder.File("skins/default.bmp"), "BMP");
-    folder.Write("qvl.ini", "default.bmp,kept as it was\r\n");
-    ScriptedPlatform platform;
-    platform.Reply(Answer::Ok);
-    frmMain form(platform, folder.path());
-    bool overTheWindow = false;
-    platform.OnMessage([&](const ScriptedPlatform::Call &) { overTheWindow = form.isVisible(); });
-    QVERIFY(!StartUp(form, platform, folder));
-    QCOMPARE(platform.Shown(), QStringList {message.arg(folder.path())});
-    QCOMPARE(platform.Calls().first().icon, Icon::Critical);
-    QVERIFY(overTheWindow && form.Ended() && !form.isVisible());
-    if (fault != "no-skins") // that one starts with no settings to keep
-        QCOMPARE(folder.Read("qvl.ini"), QByteArray("default.bmp,kept as it was\r\n"));
 }
 
 void tst_Window::unwritableSettingsAreReported()

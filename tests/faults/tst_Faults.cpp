@@ -496,8 +496,14 @@ void tst_Faults::theRealProgram()
         const qint64 read = BytesRead(x.Program().processId());
         QVERIFY2(
             read > 0 && read < qint64(20) << 20, qPrintable(QString("%1 bytes read").arg(read)));
-        QVERIFY(x.Key(window, "alt+f x"));
-        QCOMPARE(x.WaitForExit(), 0);
+        // File > Exit; a key that came before the menu was open is tried again.
+        int code = -1;
+        for (int attempt = 0; attempt < 5 && code == -1; ++attempt) {
+            x.Key(window, "alt+f");
+            x.Key(window, "x");
+            code = x.WaitForExit(3000);
+        }
+        QCOMPARE(code, 0);
     }
     CompareFiles(before, folder.Snapshot(), fault.changes, {});
 }
@@ -524,8 +530,8 @@ void tst_Faults::aPlayedGameLosesNoMemory()
     QFile::setPermissions(folder.File("run"), QFile::ReadOwner | QFile::ExeOwner);
     QVERIFY(x.Launch(folder.File("run")));
     const qulonglong window = x.WaitForWindow("Quorvel", Patience);
-    QVERIFY(window && x.Key(window, "alt+f n"));
-    const qulonglong chooser = x.WaitForWindow("Choose Level", Patience);
+    QVERIFY(window);
+    const qulonglong chooser = x.FromFileMenu(window, "n", "Choose Level", Patience / 5);
     QVERIFY(chooser && x.Key(chooser, "Home space Return"));
     QVERIFY(x.WaitForNoWindow("Choose Level", Patience));
     // Read only now: the window is centred after it first shows.
@@ -544,9 +550,8 @@ void tst_Faults::aPlayedGameLosesNoMemory()
             && x.MouseUp());
         codes = ApplyMove(codes, move);
     }
-    QVERIFY(x.Key(window, "alt+f x"));
     // Leaving saves the game, which holds every move.
-    const qulonglong question = x.WaitForWindow("Quorvel - Exit", Patience);
+    const qulonglong question = x.FromFileMenu(window, "x", "Quorvel - Exit", Patience / 5);
     QVERIFY(question && x.Key(question, "alt+y"));
     const qulonglong prompt = x.WaitForWindow("Quorvel - Saving Game", Patience);
     QVERIFY(prompt && x.Type(prompt, "played") && x.Key(prompt, "Return"));

@@ -9,21 +9,16 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 class tst_Files : public QObject
 {
     Q_OBJECT
 private slots:
     void codePageKeepsItsCharactersAndWritesQuestionMarks();
     void levelFileRoundTripsNamesWithTheirPadding();
-    void levelFileShortMissingOrLockedIsAnError();
+    void levelFileShortOrMissingIsAnError();
     void savedGameHasTheDocumentedBytesAndKeepsAnOlderTail();
     void savedGameRefusesDamagedRecords_data();
     void savedGameRefusesDamagedRecords();
-    void savedGameWriteNeverFollowsALink();
     void settingsFirstField_data();
     void settingsFirstField();
     void settingsAreOneLineEndingInCrLf();
@@ -61,7 +56,7 @@ void tst_Files::levelFileRoundTripsNamesWithTheirPadding()
     QVERIFY(!ParseLevels(bytes.left(2099), read));
 }
 
-void tst_Files::levelFileShortMissingOrLockedIsAnError()
+void tst_Files::levelFileShortOrMissingIsAnError()
 {
     ProgramFolder folder;
     LevelTable levels;
@@ -69,11 +64,6 @@ void tst_Files::levelFileShortMissingOrLockedIsAnError()
     QCOMPARE(levels[5].levelName, QString(10, QChar(0))); // cleared before the read
     folder.Write("short", QByteArray(2099, 'x'));
     QCOMPARE(ReadLevelFile(folder.File("short"), levels).number, int(ShortFileError));
-    // A lock on another open description is refused as one held by another process.
-    const int holder = ::open(QFile::encodeName(folder.File("QVL.ZHN")).constData(), O_RDONLY);
-    QCOMPARE(::flock(holder, LOCK_EX), 0);
-    QCOMPARE(ReadLevelFile(folder.File("QVL.ZHN"), levels).number, EWOULDBLOCK);
-    ::close(holder);
     QCOMPARE(ReadLevelFile(folder.File("QVL.ZHN"), levels).number, 0);
     QCOMPARE(levels[69].levelName, QStringLiteral("Level 70  "));
 }
@@ -134,17 +124,6 @@ void tst_Files::savedGameRefusesDamagedRecords()
     const QString found = ParseSavedGame(bytes, record);
     QVERIFY2(found.contains(reason), qPrintable(found));
     QCOMPARE(record.steps, 77); // untouched
-}
-
-void tst_Files::savedGameWriteNeverFollowsALink()
-{
-    QTemporaryDir dir;
-    QVERIFY(QFile::link(dir.filePath("outside"), dir.filePath("link.sav")));
-    QVERIFY(WriteSavedGame(dir.filePath("link.sav"), SavedGameRecord()));
-    QVERIFY(!QFile::exists(dir.filePath("outside")));
-    QVERIFY(WriteSavedGame(dir.filePath("missing/x.sav"), SavedGameRecord()));
-    SavedGameRecord record;
-    QVERIFY(ReadSavedGame(dir.path(), record).contains("cannot be read"));
 }
 
 void tst_Files::settingsFirstField_data()

@@ -187,6 +187,19 @@ bool XSession::Key(qulonglong window, const QString &keys)
         && Xdo(QStringList {"key", "--delay", "30"} + keys.split(' ', Qt::SkipEmptyParts));
 }
 
+qulonglong XSession::FromFileMenu(
+    qulonglong window, const QString &item, const QString &title, int timeoutMs)
+{
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        Key(window, "alt+f");
+        Key(window, item);
+        if (const qulonglong opened = WaitForWindow(title, timeoutMs))
+            return opened;
+        Key(window, "Escape Escape");
+    }
+    return 0;
+}
+
 bool XSession::Type(qulonglong window, const QString &text)
 {
     return Xdo({"windowfocus", QString::number(window)}) && Xdo({"type", "--delay", "30", text});

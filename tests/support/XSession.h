@@ -44,6 +44,11 @@ public:
     // xdotool with the given arguments; true when it succeeded.
     bool Xdo(const QStringList &arguments, QString *output = nullptr);
     bool Key(qulonglong window, const QString &keys);
+    // Opens a File menu item by its access key and waits for the window it
+    // opens. A menu still opening when the item's key arrived is closed and
+    // tried again, a bounded number of times.
+    qulonglong FromFileMenu(
+        qulonglong window, const QString &item, const QString &title, int timeoutMs = 3000);
     bool Type(qulonglong window, const QString &text);
     bool MouseMove(QPoint screen);
     bool MouseDown();

@@ -84,8 +84,8 @@ private:
         return x->WaitForScreen([&](const QImage &shot) { return BlockOn(shot, piece, code); });
     }
     void Drag(std::initializer_list<int16_t> cells);
-    qulonglong OpenFromMenu(const QString &item, const QString &title);
     bool StartFirstLevel();
+    int Leave();
 
     // One X server for the whole suite; every test starts its own program
     // from a program folder of its own.
@@ -140,26 +140,25 @@ void tst_RealWindow::Drag(std::initializer_list<int16_t> cells)
     QVERIFY(x->MouseUp());
 }
 
-// Opens a File menu item by its access key and waits for the window it
-// opens. A menu still opening when the item's key arrived is closed and
-// tried again, a bounded number of times.
-qulonglong tst_RealWindow::OpenFromMenu(const QString &item, const QString &title)
+bool tst_RealWindow::StartFirstLevel()
+{
+    const qulonglong chooser = x->FromFileMenu(window, "n", "Choose Level");
+    // Space selects the current row, which the list's focus made the first.
+    return chooser && x->Key(chooser, "Home space Return") && x->WaitForNoWindow("Choose Level");
+}
+
+// File > Exit; the exit code, or -1 when the program did not end. A key
+// that came before the menu was open is tried again.
+int tst_RealWindow::Leave()
 {
     for (int attempt = 0; attempt < 5; ++attempt) {
         x->Key(window, "alt+f");
-        x->Key(window, item);
-        if (const qulonglong opened = x->WaitForWindow(title, 3000))
-            return opened;
+        x->Key(window, "x");
+        if (const int code = x->WaitForExit(3000); code != -1)
+            return code;
         x->Key(window, "Escape Escape");
     }
-    return 0;
-}
-
-bool tst_RealWindow::StartFirstLevel()
-{
-    const qulonglong chooser = OpenFromMenu("n", "Choose Level");
-    // Space selects the current row, which the list's focus made the first.
-    return chooser && x->Key(chooser, "Home space Return") && x->WaitForNoWindow("Choose Level");
+    return -1;
 }
 
 void tst_RealWindow::startsEmptyAndCentred()
@@ -171,8 +170,7 @@ void tst_RealWindow::startsEmptyAndCentred()
     QVERIFY(x->WaitForScreen(
         [&](const QImage &shot) { return Uniform(shot.copy(QRect(origin, QSize(408, 405)))); }));
     QCOMPARE(QFile(folder->filePath("qvl.ini")).size(), qint64(13)); // "default.bmp" CR LF
-    QVERIFY(x->Key(window, "alt+f x"));
-    QCOMPARE(x->WaitForExit(), 0);
+    QCOMPARE(Leave(), 0);
 }
 
 void tst_RealWindow::playsALevelToTheCongratulation()
@@ -215,8 +213,7 @@ void tst_RealWindow::playsALevelToTheCongratulation()
         return Shows(shot, origin + QPoint(19, 182), Skin().copy(0, 340, 370, 40))
             && !BlockOn(shot, 0, 31);
     }));
-    QVERIFY(x->Key(window, "alt+f x"));
-    QCOMPARE(x->WaitForExit(), 0); // a won game leaves without a question
+    QCOMPARE(Leave(), 0); // a won game leaves without a question
 }
 
 void tst_RealWindow::savesChangesAndLoadsTheGameBack()
@@ -225,7 +222,7 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
     const SolverMove one = moves[0], two = moves[1];
     Drag({one.from, one.to});
     QVERIFY(WaitForBlock(one.piece, one.to));
-    const qulonglong prompt = OpenFromMenu("s", "Quorvel - Saving Game");
+    const qulonglong prompt = x->FromFileMenu(window, "s", "Quorvel - Saving Game");
     QVERIFY(prompt);
     QVERIFY(x->Type(prompt, "first move"));
     QVERIFY(x->Key(prompt, "Return"));
@@ -238,7 +235,7 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
     Drag({two.from, two.to});
     QVERIFY(WaitForBlock(two.piece, two.to));
     // The second move is unsaved: loading asks first; No goes on.
-    const qulonglong question = OpenFromMenu("l", "Quorvel - Load game");
+    const qulonglong question = x->FromFileMenu(window, "l", "Quorvel - Load game");
     QVERIFY(question);
     QVERIFY(x->Key(question, "alt+n"));
     const qulonglong chooser = x->WaitForWindow("Load Game");
@@ -247,8 +244,7 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
     QVERIFY(x->WaitForScreen([&](const QImage &shot) {
         return BlockOn(shot, one.piece, one.to) && BlockOn(shot, two.piece, two.from);
     }));
-    QVERIFY(x->Key(window, "alt+f x"));
-    QCOMPARE(x->WaitForExit(), 0); // a game just loaded leaves without a question
+    QCOMPARE(Leave(), 0); // a game just loaded leaves without a question
 }
 
 QTEST_GUILESS_MAIN(tst_RealWindow)
