@@ -26,13 +26,11 @@ export XDG_RUNTIME_DIR="$folder/runtime"
 mkdir -m 700 "$XDG_RUNTIME_DIR"
 
 median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
-summary() { # name, file of "ms kib" lines
-    local ms kib
-    ms=$(cut -d' ' -f1 "$2" | median)
-    kib=$(cut -d' ' -f2 "$2" | median)
-    printf "%-8s start-up median %6.1f ms (min %s, max %s)   resident median %6.1f MiB\n" "$1" "$ms" \
-        "$(cut -d' ' -f1 "$2" | sort -n | head -1)" "$(cut -d' ' -f1 "$2" | sort -n | tail -1)" \
-        "$(echo "$kib / 1024" | bc -l)"
+summary() { # name, file of "map-ms kib idle-ms" lines
+    printf "%-8s window mapped %6.1f ms, idle %6.1f ms (medians; idle min %s, max %s), resident %5.1f MiB\n" \
+        "$1" "$(cut -d' ' -f1 "$2" | median)" "$(cut -d' ' -f3 "$2" | median)" \
+        "$(cut -d' ' -f3 "$2" | sort -n | head -1)" "$(cut -d' ' -f3 "$2" | sort -n | tail -1)" \
+        "$(echo "$(cut -d' ' -f2 "$2" | median) / 1024" | bc -l)"
 }
 
 # Alternate the two programs so a busy moment hurts both alike.
