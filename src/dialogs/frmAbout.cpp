@@ -102,6 +102,12 @@ frmAbout::frmAbout(frmMain &main)
     lblProd->setGeometry(PxRect(960, 120, 3135, 735));
     lblProd->setTextFormat(Qt::PlainText);
     lblProd->setWordWrap(true);
+    // The box's own text is set small, like its links, so the version line,
+    // a blank line and the notice fit the label.
+    QFont small(QStringLiteral("Sans Serif"));
+    small.setStyleHint(QFont::SansSerif);
+    small.setPointSizeF(8.25);
+    lblProd->setFont(small);
     lblProd->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     cmdOk = new QPushButton(QStringLiteral("&OK"), this);
     cmdOk->setGeometry(PxRect(4320, 120, 1095, 375));

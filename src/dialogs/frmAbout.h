@@ -12,10 +12,9 @@ class frmMain;
 class frmAbout;
 
 // The program's fixed addresses, under a domain reserved for examples.
-inline const QString ContactAddress = QStringLiteral("puzzles@quorvel.example.org");
+inline const QString ContactAddress = QStringLiteral("quorvel@example.org");
 inline const QString WebAddress = QStringLiteral("https://quorvel.example.org/");
-inline const QString CopyrightNotice
-    = QStringLiteral("Copyright \u00A9 2026 the Quorvel developers. All rights reserved.");
+inline const QString CopyrightNotice = QStringLiteral("Copyright \u00A9 2026 Quorvel team");
 enum { VersionMajor = 1, VersionMinor = 0, VersionRevision = 1 };
 
 // "Quorvel Version " + major + "." + minor and revision written together.
