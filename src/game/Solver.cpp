@@ -302,11 +302,7 @@ public:
         const Arrangement &arrangement = arrangements_[index / FreePairs];
         const auto [i, j] = pairs_[index % FreePairs];
         Board board;
-        board.cell[0] = arrangement.big;
-        board.cell[1] = arrangement.wide;
-        int slot = FirstSlot[TallShape];
-        for (uint32_t tall = arrangement.tall; tall != 0; tall &= tall - 1)
-            board.cell[slot++] = static_cast<uint8_t>(std::countr_zero(tall));
+        int slot = LayLargerBlocks(arrangement, board);
         int nth = 0;
         board.occupied = AllCells;
         for (uint32_t rest = arrangement.rest; rest != 0; rest &= rest - 1, ++nth) {
@@ -329,11 +325,7 @@ public:
         for (const Arrangement &arrangement : arrangements_) {
             Board board;
             Owners owner;
-            board.cell[0] = arrangement.big;
-            board.cell[1] = arrangement.wide;
-            int slot = FirstSlot[TallShape];
-            for (uint32_t tall = arrangement.tall; tall != 0; tall &= tall - 1)
-                board.cell[slot++] = static_cast<uint8_t>(std::countr_zero(tall));
+            int slot = LayLargerBlocks(arrangement, board);
             for (slot = 0; slot < EndSlot[TallShape]; ++slot)
                 MarkOwner(owner, slot, board.cell[slot]);
             std::array<uint8_t, RestCells> rest {};
@@ -365,6 +357,18 @@ private:
         uint32_t rest; // the six cells no larger block covers
         uint8_t big, wide;
     };
+
+    // Puts the big, the wide and the tall blocks of an arrangement on the
+    // board; returns the first slot left for the small ones.
+    static int LayLargerBlocks(const Arrangement &arrangement, Board &board)
+    {
+        board.cell[0] = arrangement.big;
+        board.cell[1] = arrangement.wide;
+        int slot = FirstSlot[TallShape];
+        for (uint32_t tall = arrangement.tall; tall != 0; tall &= tall - 1)
+            board.cell[slot++] = static_cast<uint8_t>(std::countr_zero(tall));
+        return slot;
+    }
 
     Numbering()
     {

@@ -16,13 +16,6 @@
 
 namespace {
 
-QImage Fail(QString *reason, const QString &why)
-{
-    if (reason)
-        *reason = why;
-    return {};
-}
-
 // Where the picture lies on its reference device, in device pixels.
 struct Placement
 {

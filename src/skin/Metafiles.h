@@ -10,6 +10,14 @@
 // no skin; the check comes before anything is drawn.
 constexpr int MaxMetafileSide = 4096;
 
+// A failed load: no picture, and the reason for whoever asked for one.
+inline QImage Fail(QString *reason, const QString &why)
+{
+    if (reason)
+        *reason = why;
+    return {};
+}
+
 // The caller has checked that the records are whole (PictureFormats.h).
 // A null image when the library cannot read the file or its size is
 // absurd; `reason` then says why.

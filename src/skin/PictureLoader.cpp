@@ -16,13 +16,6 @@ namespace {
 constexpr int AllocationLimitMiB = 64;
 constexpr qint64 AllocationLimit = qint64(AllocationLimitMiB) << 20;
 
-QImage Fail(QString *reason, const QString &why)
-{
-    if (reason)
-        *reason = why;
-    return {};
-}
-
 // The decoder is named, never guessed: Qt would also take a text file that
 // happens to look like one of its many other formats.
 QImage ReadRaster(const QByteArray &bytes, const char *format, QString *reason)

@@ -37,13 +37,6 @@ struct Player
     }
 };
 
-QImage Fail(QString *reason, const QString &why)
-{
-    if (reason)
-        *reason = why;
-    return {};
-}
-
 QSize WmfPixelSize(QByteArrayView file)
 {
     // Only a placeable header says how large the picture is: its box in
