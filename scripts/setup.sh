@@ -8,6 +8,12 @@ packages=(
     g++ cmake ninja-build pkgconf
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev
     libwmf-dev libemf2svg-dev
+    # the WMF library's link line names these, and its -dev package does not
+    # pull them in
+    libexpat1-dev libjpeg-dev libpng-dev
+    # the WMF library draws its text with these and refuses to play a file
+    # without them; it only recommends them, and we install no recommends
+    fonts-urw-base35
     imagemagick  # stores the gallery's skins as GIF, JPEG and run-length DIB
     libbenchmark-dev
     # testing: a real X server to drive, pictures to compare, the formatter
