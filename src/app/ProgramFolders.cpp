@@ -26,10 +26,10 @@ ProgramFolders FindProgramFolders(const QString &programFolder)
 {
     const QString installedData
         = QDir::cleanPath(programFolder + QStringLiteral("/../share/games/quorvel"));
-    const bool writable = ::access(QFile::encodeName(programFolder).constData(), W_OK) == 0;
-    const bool installedTree = !QFileInfo::exists(programFolder + QStringLiteral("/QVL.ZHN"))
-        && QFileInfo(installedData + QStringLiteral("/QVL.ZHN")).isFile();
-    if (writable && !installedTree)
+    const bool installed = QFileInfo(installedData + QStringLiteral("/QVL.ZHN")).isFile()
+        && (::access(QFile::encodeName(programFolder).constData(), W_OK) != 0
+            || !QFileInfo::exists(programFolder + QStringLiteral("/QVL.ZHN")));
+    if (!installed)
         return ProgramFolders(programFolder);
     return ProgramFolders(installedData,
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)

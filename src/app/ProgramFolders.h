@@ -32,8 +32,10 @@ struct ProgramFolders
 };
 
 // Decided once, at start-up, from the folder that holds the program. The
-// game is installed when that folder cannot be written, or when it holds no
-// level file while the data folder of an installed tree beside it does (so
-// that root starting /usr/games/quorvel writes nothing under /usr either).
-// The player's folder is then "quorvel" in the XDG data home.
+// game is installed when the data folder of an installed tree lies beside
+// that folder (../share/games/quorvel, so any prefix will do) and the folder
+// either cannot be written or holds no level file of its own (so that root
+// starting /usr/games/quorvel writes nothing under /usr either). The
+// player's folder is then "quorvel" in the XDG data home. Any other folder,
+// one on a read-only disk too, is a portable game's, as it always was.
 ProgramFolders FindProgramFolders(const QString &programFolder);
