@@ -18,6 +18,8 @@ packages=(
     libbenchmark-dev
     # testing: a real X server to drive, pictures to compare, the formatter
     xvfb xdotool x11-utils fonts-dejavu-core desktop-file-utils
+    # packaging: dependencies computed by dpkg-shlibdeps, the package and its metadata checked
+    dpkg-dev appstream lintian
     clang clang-format
     # hardening: libFuzzer for clang's fuzzers, valgrind for the leak check
     libclang-rt-14-dev valgrind

@@ -16,7 +16,8 @@ ImageControl::ImageControl(QWidget *parent)
 void ImageControl::SetPicture(const QPixmap &picture)
 {
     setPixmap(picture);
-    resize(picture.size());
+    // A picture for a finer screen keeps the logical size of its cut.
+    resize(picture.deviceIndependentSize().toSize());
 }
 
 void ImageControl::SetLeft(float units, float unitsPerPixelX)

@@ -13,7 +13,7 @@ class ImageControl : public QLabel
 public:
     explicit ImageControl(QWidget *parent);
 
-    // The picture's size becomes the image's size.
+    // The picture's size, in logical pixels, becomes the image's size.
     void SetPicture(const QPixmap &picture);
 
     float Left() const { return left_; }

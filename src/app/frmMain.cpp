@@ -22,10 +22,10 @@ QString JoinLines(std::initializer_list<QString> lines)
 
 } // namespace
 
-frmMain::frmMain(Platform &platform, const QString &programFolder)
+frmMain::frmMain(Platform &platform, const ProgramFolders &folders)
     : levels(ClearedLevels())
     , platform_(platform)
-    , folder_(programFolder)
+    , folders_(folders)
 {
     setWindowTitle(QStringLiteral("Quorvel"));
     // A fixed border and no maximize button: the layout is absolute.
@@ -92,17 +92,17 @@ void frmMain::BuildImages()
 
 QString frmMain::LevelPath() const
 {
-    return folder_ + QStringLiteral("/QVL.ZHN");
+    return folders_.data + QStringLiteral("/QVL.ZHN");
 }
 
 QString frmMain::SkinPath(const QString &skinName) const
 {
-    return folder_ + QStringLiteral("/skins/") + skinName;
+    return folders_.SkinPath(skinName);
 }
 
 QString frmMain::SettingsPath() const
 {
-    return folder_ + QStringLiteral("/qvl.ini");
+    return folders_.player + QStringLiteral("/qvl.ini");
 }
 
 void frmMain::Form_Load()
@@ -140,7 +140,7 @@ void frmMain::LoadLevels()
         return;
     platform_.MsgBox(this,
         JoinLines({QStringLiteral("An error has occurred while attempting loading data file"),
-            QDir::toNativeSeparators(folder_ + QStringLiteral("/QVL.zhn")),
+            QDir::toNativeSeparators(folders_.data + QStringLiteral("/QVL.zhn")),
             QString::number(error.number) + QLatin1Char(' ') + error.description}),
         Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Error"));
     EndProgram();
@@ -153,6 +153,10 @@ void frmMain::ApplySkin(const QString &skinName)
     if (IsPlainFileName(skinName)) {
         piclipSkin.SetPicture(LoadPicture(path));
         cut = !piclipSkin.Picture().isNull();
+        qreal scale = 1;
+        const QImage fine = LoadFinePicture(path, piclipSkin.Picture(), devicePixelRatioF(), scale);
+        if (!fine.isNull())
+            piclipSkin.SetFinePicture(fine, scale);
         for (const SkinArea &area : SkinAreas) {
             if (!cut)
                 break;

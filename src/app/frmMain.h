@@ -3,6 +3,7 @@
 // like the steps of the game; the rules themselves live in game/.
 #pragma once
 
+#include "ProgramFolders.h"
 #include "files/LevelFile.h"
 #include "game/GameState.h"
 #include "game/Moves.h"
@@ -22,7 +23,7 @@ class frmMain : public QMainWindow
 {
     Q_OBJECT
 public:
-    frmMain(Platform &platform, const QString &programFolder);
+    frmMain(Platform &platform, const ProgramFolders &folders);
     ~frmMain() override;
 
     // The game variables.
@@ -90,7 +91,7 @@ public:
     void Form_QueryUnload(bool &Cancel);
 
     Platform &platform() const { return platform_; }
-    const QString &ProgramFolder() const { return folder_; }
+    const ProgramFolders &Folders() const { return folders_; }
     // Read anew at every use, as the screen may change its scale.
     ScreenMetrics Screen() const { return platform_.Screen(); }
 
@@ -113,7 +114,7 @@ private:
     QString SettingsPath() const;
 
     Platform &platform_;
-    QString folder_;
+    ProgramFolders folders_;
     bool ending_ = false;
     bool ended_ = false;
 };

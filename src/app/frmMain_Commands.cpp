@@ -79,7 +79,8 @@ void frmMain::IsValidGameName(const QString &name, bool &ok) const
 void frmMain::SavedGameExists(const QString &name, bool &exists) const
 {
     // A name with a folder separator names no file of the saved-games folder.
-    exists = !name.contains(QLatin1Char('/')) && QFileInfo(SavedGamePath(folder_, name)).isFile();
+    exists = !name.contains(QLatin1Char('/'))
+        && QFileInfo(SavedGamePath(folders_.player, name)).isFile();
 }
 
 void frmMain::SaveGame()
@@ -120,7 +121,7 @@ void frmMain::SaveGame()
     if (state == State::GiveUp)
         return;
     const SavedGameRecord record = BuildSavedGame(game, levels[game.levelIndex].levelName);
-    const QString path = SavedGamePath(folder_, name);
+    const QString path = SavedGamePath(folders_.player, name);
     // The platform cannot hold a folder separator in a file name: such a name
     // fails like any other refused write, and nothing lands outside the folder.
     const bool written = !name.contains(QLatin1Char('/')) && !WriteSavedGame(path, record);
@@ -150,7 +151,7 @@ void frmMain::mnuLoadGame_Click()
         chooser.bytFlag = 1;
         chooser.setWindowTitle(QStringLiteral("Load Game"));
         chooser.cmdSet->setText(QStringLiteral("Load Game"));
-        chooser.SetFolder(folder_ + QStringLiteral("/saved/"));
+        chooser.SetFolder(folders_.player + QStringLiteral("/saved/"));
         chooser.SetPattern(QStringLiteral("*.sav"));
         chooser.exec();
     }
@@ -182,7 +183,7 @@ void frmMain::mnuSetSkin_Click()
         chooser.bytFlag = 2;
         chooser.setWindowTitle(QStringLiteral("Load Skin"));
         chooser.cmdSet->setText(QStringLiteral("Set Skin"));
-        chooser.SetFolder(folder_ + QStringLiteral("/skins/"));
+        chooser.SetFolders(folders_.SkinFolders());
         chooser.SetPattern(QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
         chooser.exec();
     }
@@ -210,7 +211,7 @@ void frmMain::Form_QueryUnload(bool &Cancel)
 
 void frmMain::mnuHTP_Click()
 {
-    const QString path = folder_ + QStringLiteral("/qvl.html");
+    const QString path = folders_.data + QStringLiteral("/qvl.html");
     if (platform_.OpenDocument(path))
         return;
     platform_.MsgBox(this,

@@ -1,5 +1,6 @@
 #include "modMain.h"
 
+#include "ProgramFolders.h"
 #include "files/Settings.h"
 #include "frmMain.h"
 #include "platform/QtPlatform.h"
@@ -12,7 +13,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <sys/stat.h>
+#include <system_error>
 
 namespace {
 
@@ -46,27 +49,42 @@ bool EnsureFolder(const QString &folder, const QString &name, Platform &platform
     return false;
 }
 
+// The player's folder of an installed game, with every folder above it
+// that is missing.
+bool EnsurePlayerFolder(const QString &folder, Platform &platform)
+{
+    std::error_code error;
+    std::filesystem::create_directories(QFile::encodeName(folder).toStdString(), error);
+    if (!error)
+        return true;
+    ReportStartupFailure(platform,
+        QStringLiteral("An error has occurred while attempting to create the folder"), folder,
+        QString::fromLocal8Bit(error.message()));
+    return false;
+}
+
 // An unreadable or empty setting, or one that would look outside the skins
-// folder, counts as naming a missing skin.
-bool SettingNamesPresentSkin(const QString &folder, const QString &settingsPath)
+// folders, counts as naming a missing skin.
+bool SettingNamesPresentSkin(const ProgramFolders &folders, const QString &settingsPath)
 {
     QString setting;
     if (ReadSkinSetting(settingsPath, setting))
         return false;
-    return IsPlainFileName(setting)
-        && QFileInfo(folder + QStringLiteral("/skins/") + setting).isFile();
+    return IsPlainFileName(setting) && QFileInfo(folders.SkinPath(setting)).isFile();
 }
 
 } // namespace
 
-void InitAppFiles(const QString &programFolder, Platform &platform, bool &ok)
+void InitAppFiles(const ProgramFolders &folders, Platform &platform, bool &ok)
 {
-    ok = EnsureFolder(programFolder, QStringLiteral("saved"), platform)
-        && EnsureFolder(programFolder, QStringLiteral("skins"), platform);
+    const QString &player = folders.player;
+    ok = (!folders.Installed() || EnsurePlayerFolder(player, platform))
+        && EnsureFolder(player, QStringLiteral("saved"), platform)
+        && EnsureFolder(player, QStringLiteral("skins"), platform);
     if (!ok)
         return;
-    const QString settingsPath = programFolder + QStringLiteral("/qvl.ini");
-    if (QFileInfo(settingsPath).isFile() && SettingNamesPresentSkin(programFolder, settingsPath))
+    const QString settingsPath = player + QStringLiteral("/qvl.ini");
+    if (QFileInfo(settingsPath).isFile() && SettingNamesPresentSkin(folders, settingsPath))
         return;
     if (const FileError error = WriteSkinSetting(settingsPath, DefaultSkin)) {
         ReportStartupFailure(platform,
@@ -81,12 +99,12 @@ int Main(int argc, char **argv)
     QApplication app(argc, argv);
     app.setWindowIcon(QIcon(QStringLiteral(":/quorvel/icon.png")));
     QtPlatform platform;
-    const QString folder = QCoreApplication::applicationDirPath();
+    const ProgramFolders folders = FindProgramFolders(QCoreApplication::applicationDirPath());
     bool ok = false;
-    InitAppFiles(folder, platform, ok);
+    InitAppFiles(folders, platform, ok);
     if (!ok)
         return 1;
-    frmMain form(platform, folder);
+    frmMain form(platform, folders);
     form.Form_Load();
     if (form.Ended())
         return 1;

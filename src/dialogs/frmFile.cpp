@@ -53,9 +53,18 @@ void frmFile::Form_Load()
 
 void frmFile::SetFolder(const QString &folder)
 {
-    folder_ = folder;
-    while (folder_.size() > 1 && folder_.endsWith(QLatin1Char('/')))
-        folder_.chop(1);
+    SetFolders({folder});
+}
+
+void frmFile::SetFolders(const QStringList &folders)
+{
+    moreFolders_.clear();
+    for (QString folder : folders) {
+        while (folder.size() > 1 && folder.endsWith(QLatin1Char('/')))
+            folder.chop(1);
+        moreFolders_.append(folder);
+    }
+    folder_ = moreFolders_.isEmpty() ? QString() : moreFolders_.takeFirst();
     Refresh();
 }
 
@@ -68,7 +77,15 @@ void frmFile::SetPattern(const QString &pattern)
 void frmFile::Refresh()
 {
     filList->clear();
-    filList->addItems(ListMatchingFiles(folder_, pattern_));
+    QStringList names = ListMatchingFiles(folder_, pattern_);
+    if (!moreFolders_.isEmpty()) {
+        for (const QString &folder : std::as_const(moreFolders_))
+            for (const QString &name : ListMatchingFiles(folder, pattern_))
+                if (!names.contains(name))
+                    names.append(name);
+        names.sort(Qt::CaseInsensitive);
+    }
+    filList->addItems(names);
 }
 
 void frmFile::showEvent(QShowEvent *event)

@@ -28,6 +28,9 @@ public:
     void SetFolder(const QString &folder);
     void SetPattern(const QString &pattern);
     const QString &Folder() const { return folder_; }
+    // Lists the files of several folders as one, the first folder's where
+    // two share a name; Folder() is then the first.
+    void SetFolders(const QStringList &folders);
 
     void Form_Load();
     void Form_Activate();
@@ -44,6 +47,7 @@ private:
 
     frmMain &main_;
     QString folder_;
+    QStringList moreFolders_;
     QString pattern_ = QStringLiteral("*.*");
 };
 

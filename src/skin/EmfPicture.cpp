@@ -52,7 +52,7 @@ Placement PlaceEmf(QByteArrayView file)
 
 } // namespace
 
-QImage DrawEmf(QByteArrayView file, QString *reason)
+QImage DrawEmf(QByteArrayView file, QString *reason, qreal scale)
 {
     const Placement place = PlaceEmf(file);
     if (place.width < 1 || place.height < 1 || place.width > MaxMetafileSide
@@ -95,10 +95,11 @@ QImage DrawEmf(QByteArrayView file, QString *reason)
     if (!renderer.isValid())
         return Fail(reason, QStringLiteral("the EMF library cannot read the picture"));
     renderer.setViewBox(QRectF(QPointF(0, 0), QSizeF(size)));
-    QImage picture(size, QImage::Format_RGB32);
+    QImage picture((QSizeF(size) * scale).toSize(), QImage::Format_RGB32);
     picture.fill(Qt::white);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
     renderer.render(&painter);
     return picture;
 }

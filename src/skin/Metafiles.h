@@ -1,5 +1,6 @@
-// Vector skins are drawn into pixels at the picture's own size, on white,
-// before they are cut like any other picture.
+// Vector skins are drawn into pixels at the picture's own size (or `scale`
+// times it, for a finer screen), on white, before they are cut like any
+// other picture.
 #pragma once
 
 #include <QByteArrayView>
@@ -21,5 +22,5 @@ inline QImage Fail(QString *reason, const QString &why)
 // The caller has checked that the records are whole (PictureFormats.h).
 // A null image when the library cannot read the file or its size is
 // absurd; `reason` then says why.
-QImage DrawWmf(QByteArrayView file, QString *reason);
-QImage DrawEmf(QByteArrayView file, QString *reason);
+QImage DrawWmf(QByteArrayView file, QString *reason, qreal scale = 1);
+QImage DrawEmf(QByteArrayView file, QString *reason, qreal scale = 1);

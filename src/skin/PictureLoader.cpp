@@ -4,10 +4,12 @@
 #include "PictureFormats.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 
+#include <cmath>
 #include <cstdlib>
 
 namespace {
@@ -46,7 +48,10 @@ QImage ReadRaster(const QByteArray &bytes, const char *format, QString *reason)
 
 } // namespace
 
-QImage LoadPicture(const QString &path, QString *reason)
+namespace {
+
+// Metafiles are drawn `metafileScale` times their own size.
+QImage Decode(const QString &path, QString *reason, qreal metafileScale, PictureFormat *format)
 {
     if (!QFileInfo(path).isFile())
         return Fail(reason, QStringLiteral("no such file"));
@@ -61,7 +66,10 @@ QImage LoadPicture(const QString &path, QString *reason)
     file.close();
 
     QString damage;
-    switch (SniffPicture(bytes)) {
+    const PictureFormat sniffed = SniffPicture(bytes);
+    if (format)
+        *format = sniffed;
+    switch (sniffed) {
     case PictureFormat::Bmp:
         damage = CheckBmp(bytes);
         return damage.isEmpty() ? ReadRaster(bytes, "bmp", reason) : Fail(reason, damage);
@@ -73,12 +81,50 @@ QImage LoadPicture(const QString &path, QString *reason)
         return damage.isEmpty() ? ReadRaster(bytes, "jpeg", reason) : Fail(reason, damage);
     case PictureFormat::Wmf:
         damage = CheckWmf(bytes);
-        return damage.isEmpty() ? DrawWmf(bytes, reason) : Fail(reason, damage);
+        return damage.isEmpty() ? DrawWmf(bytes, reason, metafileScale) : Fail(reason, damage);
     case PictureFormat::Emf:
         damage = CheckEmf(bytes);
-        return damage.isEmpty() ? DrawEmf(bytes, reason) : Fail(reason, damage);
+        return damage.isEmpty() ? DrawEmf(bytes, reason, metafileScale) : Fail(reason, damage);
     case PictureFormat::Unknown:
         break;
     }
     return Fail(reason, QStringLiteral("not a BMP, GIF, JPEG, WMF or EMF picture"));
+}
+
+} // namespace
+
+QImage LoadPicture(const QString &path, QString *reason)
+{
+    return Decode(path, reason, 1, nullptr);
+}
+
+QImage LoadFinePicture(
+    const QString &path, const QImage &picture, qreal devicePixelRatio, qreal &scale)
+{
+    scale = 1;
+    if (picture.isNull() || devicePixelRatio <= 1)
+        return {};
+    PictureFormat format = PictureFormat::Unknown;
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly))
+        format = SniffPicture(file.read(64));
+    file.close();
+    QImage fine;
+    qreal fineScale = 1;
+    if (format == PictureFormat::Wmf || format == PictureFormat::Emf) {
+        // Every rectangle of the skin layout lies on tens of pixels, so a
+        // tenth of a device pixel keeps every cut on whole pixels.
+        fineScale = std::round(devicePixelRatio * 10) / 10;
+        if (fineScale > 1)
+            fine = Decode(path, nullptr, fineScale, nullptr);
+    } else if (devicePixelRatio >= 1.5) {
+        const QFileInfo info(path);
+        fineScale = 2;
+        fine = Decode(
+            info.dir().filePath(QStringLiteral("@2x/") + info.fileName()), nullptr, 1, nullptr);
+    }
+    if (fine.isNull() || fine.size() != (QSizeF(picture.size()) * fineScale).toSize())
+        return {};
+    scale = fineScale;
+    return fine;
 }

@@ -54,7 +54,7 @@ QSize WmfPixelSize(QByteArrayView file)
 
 } // namespace
 
-QImage DrawWmf(QByteArrayView file, QString *reason)
+QImage DrawWmf(QByteArrayView file, QString *reason, qreal scale)
 {
     Player player;
     wmfAPI_Options options {};
@@ -88,6 +88,7 @@ QImage DrawWmf(QByteArrayView file, QString *reason)
                 .arg(size.width())
                 .arg(size.height()));
 
+    size = (QSizeF(size) * scale).toSize();
     // The device hands its picture over as PNG through a sink and frees
     // its own image; an image handed over raw could not be freed here.
     const int factor = Oversampling(size);

@@ -2,6 +2,7 @@
 // questions and the file it writes, the offer to save before a game is left,
 // loading, and choosing a skin in the file chooser.
 #include "app/ImageControl.h"
+#include "app/modMain.h"
 #include "dialogs/frmFile.h"
 #include "support/BoardText.h"
 #include "support/MainWindow.h"
@@ -10,8 +11,10 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -64,6 +67,7 @@ private slots:
     void leavingAChangedGameOffersToSave();
     void chooserAnswers_data();
     void chooserAnswers();
+    void anInstalledGameKeepsThePlayersFilesInTheirFolder();
 };
 
 void tst_Commands::saveAsksUntilTheNameIsUsable_data()
@@ -258,6 +262,59 @@ void tst_Commands::chooserAnswers()
         (applied ? KnownSkin().mirrored() : KnownSkin()).copy(20, 20, 120, 120));
     QCOMPARE(game.form.Ended(), ends);
     QVERIFY(game.platform.Done());
+}
+
+// The installed data (levels, help page, shipped skins) is only read; the
+// player's folder is made on first start and takes everything they write.
+void tst_Commands::anInstalledGameKeepsThePlayersFilesInTheirFolder()
+{
+    ProgramFolder shipped;
+    QVERIFY(KnownSkin().save(shipped.File("skins/shared.bmp"), "BMP"));
+    QTemporaryDir home;
+    const ProgramFolders folders(shipped.path(), home.filePath("data/quorvel"));
+    const QStringList shippedFiles = QDir(shipped.File("skins")).entryList(QDir::Files);
+    ScriptedPlatform platform;
+    frmMain form(platform, folders);
+    bool ok = false;
+    InitAppFiles(folders, platform, ok);
+    QVERIFY(ok);
+    form.Form_Load();
+    QVERIFY(!form.Ended() && platform.Shown().isEmpty());
+    const QDir player(folders.player);
+    const auto Settings = [&player] {
+        QFile file(player.filePath("qvl.ini"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    QVERIFY(player.exists("saved") && player.exists("skins"));
+    QCOMPARE(Settings(), QByteArray("default.bmp\r\n"));
+
+    // The player's own skin of a shipped name is the one listed and applied.
+    QVERIFY(KnownSkin().mirrored().save(player.filePath("skins/shared.bmp"), "BMP"));
+    QVERIFY(KnownSkin().mirrored().save(player.filePath("skins/mine.bmp"), "BMP"));
+    QStringList rows;
+    QTimer::singleShot(0, &form, [&rows] {
+        auto *chooser = qobject_cast<frmFile *>(QApplication::activeModalWidget());
+        QVERIFY(chooser);
+        for (int i = 0; i < chooser->filList->count(); ++i)
+            rows << chooser->filList->item(i)->text();
+        chooser->filList->setCurrentItem(chooser->filList->findItems("shared.bmp", {}).value(0));
+        QTest::mouseClick(chooser->cmdSet, Qt::LeftButton);
+    });
+    form.mnuSetSkin_Click();
+    QCOMPARE(rows, (QStringList {"default.bmp", "mine.bmp", "shared.bmp"}));
+    QCOMPARE(form.imgPieces[0]->pixmap().toImage().convertToFormat(QImage::Format_RGB32),
+        KnownSkin().mirrored().copy(20, 20, 120, 120));
+    QCOMPARE(Settings(), QByteArray("shared.bmp\r\n"));
+
+    ChooseLevel(form, 0);
+    platform.Type(QStringLiteral("Monday"));
+    form.mnuSaveGame_Click();
+    QVERIFY(QFileInfo(player.filePath("saved/Monday.sav")).isFile());
+    form.mnuHTP_Click();
+    QCOMPARE(platform.Opened(), QStringList {shipped.File("qvl.html")});
+    QCOMPARE(QDir(shipped.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        (QStringList {"QVL.ZHN", "skins"}));
+    QCOMPARE(QDir(shipped.File("skins")).entryList(QDir::Files), shippedFiles);
 }
 
 QTEST_MAIN(tst_Commands)

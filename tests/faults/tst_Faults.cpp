@@ -24,6 +24,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QTest>
 #include <QTimer>
@@ -374,6 +375,8 @@ private slots:
     void theRealProgram_data() { Rows(true); }
     void theRealProgram();
     void aPlayedGameLosesNoMemory();
+    void installedGameCannotMakeThePlayersFolder_data();
+    void installedGameCannotMakeThePlayersFolder();
 
 private:
     void Rows(bool startUpOnly);
@@ -574,6 +577,58 @@ void tst_Faults::aPlayedGameLosesNoMemory()
     for (const auto &lost :
         QRegularExpression(R"(definitely lost: ([\d,]+) bytes)").globalMatch(log))
         QCOMPARE(lost.captured(1), "0");
+}
+
+void tst_Faults::installedGameCannotMakeThePlayersFolder_data()
+{
+    QTest::addColumn<QString>("dataHome"); // relative to the test's folder; empty for unset
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<QString>("box"); // %1 the test's folder
+    QTest::newRow("XDG_DATA_HOME-is-a-file")
+        << "a-file"
+        << "home" << StartError + "create the folder\n%1/a-file/quorvel\nNot a directory";
+    QTest::newRow("home-not-writable")
+        << ""
+        << "locked"
+        << StartError + "create the folder\n%1/locked/.local/share/quorvel\nPermission denied";
+}
+
+// An installed game as a player starts it: the folder of the program holds
+// no level file and the installed data lies beside it.
+void tst_Faults::installedGameCannotMakeThePlayersFolder()
+{
+    QFETCH(QString, dataHome);
+    QFETCH(QString, home);
+    QFETCH(QString, box);
+    if (!privileged)
+        QSKIP("needs root to act as a player who may not write");
+    QTemporaryDir dir;
+    QFile::setPermissions(dir.path(),
+        QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther
+            | QFile::ExeOther);
+    const QString tree = dir.filePath("usr");
+    QVERIFY(QDir().mkpath(tree + "/games") && QDir().mkpath(tree + "/share/games/quorvel/skins"));
+    QFile levels(tree + "/share/games/quorvel/QVL.ZHN");
+    QVERIFY(levels.open(QIODevice::WriteOnly) && levels.write(LevelFile()) == 2100);
+    levels.close();
+    QFile(dir.filePath("a-file")).open(QIODevice::WriteOnly);
+    QVERIFY(QDir().mkdir(dir.filePath("home")) && QDir().mkdir(dir.filePath("locked")));
+    const auto restore = qScopeGuard([old = qgetenv("XDG_DATA_HOME"), oldHome = qgetenv("HOME")] {
+        qputenv("XDG_DATA_HOME", old), qputenv("HOME", oldHome);
+    });
+    dataHome.isEmpty() ? qunsetenv("XDG_DATA_HOME")
+                       : qputenv("XDG_DATA_HOME", QFile::encodeName(dir.filePath(dataHome)));
+    qputenv("HOME", QFile::encodeName(dir.filePath(home)));
+
+    QtPlatform platform;
+    Player player;
+    AsNobody nobody(true);
+    const ProgramFolders folders = FindProgramFolders(tree + "/games");
+    QCOMPARE(folders.data, tree + "/share/games/quorvel");
+    bool ok = true;
+    InitAppFiles(folders, platform, ok);
+    QVERIFY(!ok);
+    QCOMPARE(player.boxes, QStringList {box.arg(dir.path())});
 }
 
 int main(int argc, char **argv)
