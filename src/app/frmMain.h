@@ -3,6 +3,7 @@
 // like the steps of the game; the rules themselves live in game/.
 #pragma once
 
+#include "Progress.h"
 #include "files/LevelFile.h"
 #include "game/GameState.h"
 #include "game/Moves.h"
@@ -116,4 +117,5 @@ private:
     QString folder_;
     bool ending_ = false;
     bool ended_ = false;
+    Progress progress_ {platform_, folder_};
 };
