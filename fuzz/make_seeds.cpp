@@ -1,5 +1,5 @@
 // Writes the fuzzers' starting inputs with the game's own writers: a level
-// file, saved games, settings lines and small pictures in each format a skin
+// file, saved games, settings lines, the player's record and small pictures in each format a skin
 // may have (the build turns some of them into GIF and run-length BMP). The
 // inputs that once broke a reader are kept here as well, so every run
 // replays them.
@@ -8,6 +8,7 @@
 #include "Metafile.h"
 #include "files/CodePage.h"
 #include "files/LevelFile.h"
+#include "files/PlayerFile.h"
 #include "files/SavedGame.h"
 
 #include <QDir>
@@ -134,6 +135,16 @@ int main(int argc, char **argv)
     for (size_t i = 0; i < std::size(lines); ++i)
         Write(QStringLiteral("settings/line-%1").arg(i), lines[i]);
     Write(QStringLiteral("settings/binary"), QByteArray("\0\xFF\x01,\r\n", 6));
+
+    PlayerProgress progress;
+    for (int i = 0; i < LevelCount; i += 3)
+        progress.best[size_t(i)] = i * 7;
+    progress.fewestStepsLeft = true;
+    Write(QStringLiteral("player/record"), SerializePlayerFile(progress));
+    Write(QStringLiteral("player/empty"), SerializePlayerFile({}));
+    Write(QStringLiteral("player/by-hand"),
+        "; kept by hand\n[ best ]\n 70 = 2147483647\n1=9\n1=8\n[Best\n2=1\n[view]\n"
+        "feweststepsleft=TRUE\n");
 
     // Odd widths, so rows carry padding; every depth a bitmap may have.
     Save(QStringLiteral("mono.bmp"), Gradient(19, 13, QImage::Format_Mono), "bmp");

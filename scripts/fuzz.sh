@@ -17,7 +17,7 @@ case "${1:-}" in
 esac
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-    targets=(fuzz_levels fuzz_savedgame fuzz_settings fuzz_picture)
+    targets=(fuzz_levels fuzz_savedgame fuzz_settings fuzz_player fuzz_picture)
 fi
 
 bash scripts/setup.sh

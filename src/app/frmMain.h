@@ -4,6 +4,7 @@
 #pragma once
 
 #include "ProgramFolders.h"
+#include "Progress.h"
 #include "files/LevelFile.h"
 #include "game/GameState.h"
 #include "game/Moves.h"
@@ -117,4 +118,5 @@ private:
     ProgramFolders folders_;
     bool ending_ = false;
     bool ended_ = false;
+    Progress progress_ {platform_, folders_.player};
 };

@@ -39,6 +39,7 @@ void frmMain::NewGame()
         for (int i = 0; i < LevelCount; ++i)
             chooser.lisLevel->addItem(QStringLiteral("Level ") + QString::number(i + 1)
                 + QStringLiteral(" - ") + levels[i].levelName);
+        progress_.ShowIn(chooser, levels);
         chooser.exec();
     }
     if (newLevel <= -1)

@@ -93,4 +93,5 @@ void frmMain::FinishGame()
         QStringLiteral("Congratulations!! You finished the game in ") + QString::number(game.steps)
             + QStringLiteral(" steps."),
         Buttons::Ok, Icon::Exclamation, QStringLiteral("Quorvel - Congratulations"));
+    progress_.GameWon(this, game.levelIndex, game.steps);
 }

@@ -1,7 +1,10 @@
 // Playing a level from the chooser to the congratulation, with real mouse
 // events on the block images.
 #include "app/ImageControl.h"
+#include "dialogs/frmFile.h"
 #include "dialogs/frmLevel.h"
+#include "files/SavedGame.h"
+#include "game/Solver.h"
 #include "support/BoardText.h"
 #include "support/MainWindow.h"
 #include "support/ProgramFolder.h"
@@ -71,6 +74,7 @@ private slots:
     void droppingCountsStepsAndRefreshesTheStatus();
     void bringingTheBigBlockToTheExitWinsUntilTheNextLevel();
     void onlyTheBigBlocksDropEndsTheGame();
+    void winsAreMarkedBesideTheShippedLevelsUnchangedRows();
 };
 
 void tst_Play::chooserListsEveryLevelAndAnswers_data()
@@ -233,6 +237,73 @@ void tst_Play::onlyTheBigBlocksDropEndsTheGame()
     game.platform.Reply(Answer::Ok);
     DragBlock(game.form, 0, {1, 3}, {});
     QCOMPARE(game.platform.Shown(), QStringList {Congratulations.arg(1)});
+}
+
+// The shipped pack: a level played out from the chooser and a loaded game
+// won are recorded, and the chooser marks them beside rows whose texts stay
+// as they were, every name whole beside three-digit figures.
+void tst_Play::winsAreMarkedBesideTheShippedLevelsUnchangedRows()
+{
+    ProgramFolder folder;
+    QFile::remove(folder.File("QVL.ZHN"));
+    QVERIFY(QFile::copy(QUORVEL_LEVEL_FILE, folder.File("QVL.ZHN")));
+    QByteArray earlier = "[Best]\r\n";
+    for (int level = 5; level <= 70; ++level)
+        earlier += QByteArray::number(level) + "=999\r\n";
+    folder.Write("qvl-player.ini", earlier + "[View]\r\nFewestStepsLeft=true\r\n");
+    QDir(folder.path()).mkdir("saved");
+    GameState nearlyWon; // level 3 after 40 steps, one from the exit
+    nearlyWon.levelIndex = 2;
+    nearlyWon.steps = 40;
+    nearlyWon.SetUp(LayoutFromPicture(NearlySolved));
+    folder.Write("saved/Near.sav", SerializeSavedGame(BuildSavedGame(nearlyWon, "Near      ")));
+    ScriptedPlatform platform;
+    frmMain form(platform, folder.path());
+    QVERIFY(StartUp(form, platform, folder));
+    ChooseLevel(form, 0);
+    platform.Reply(Answer::Ok);
+    const std::optional<Solution> way = Solve(form.game.EncodePositions());
+    QVERIFY(way);
+    for (const SolverMove &move : way->moves)
+        DragBlock(form, move.piece, {int16_t(move.from % 10), int16_t(move.from / 10)},
+            {{int16_t(move.to % 10), int16_t(move.to / 10)}});
+    platform.Reply(Answer::Ok);
+    WhenModal([](QWidget *widget) {
+        auto *chooser = static_cast<frmFile *>(widget);
+        chooser->filList->setCurrentRow(0);
+        chooser->cmdSet->click();
+    });
+    form.mnuLoadGame_Click();
+    DragBlock(form, 0, {1, 2}, {{1, 3}});
+    QCOMPARE(platform.Shown(), QStringList({Congratulations.arg(10), Congratulations.arg(41)}));
+
+    QStringList rows;
+    QList<QVariant> fewest, best;
+    QList<int> overflowing;
+    WhenModal([&](QWidget *widget) {
+        auto *chooser = static_cast<frmLevel *>(widget);
+        for (int i = 0; i < chooser->lisLevel->count(); ++i) {
+            const QListWidgetItem *item = chooser->lisLevel->item(i);
+            rows << item->text();
+            fewest << item->data(frmLevel::FewestStepsRole);
+            best << item->data(frmLevel::BestRole);
+            if (!chooser->RowFits(i))
+                overflowing << i + 1;
+        }
+        chooser->cmdCancel->click();
+    });
+    form.mnuNewGame_Click();
+    QCOMPARE(rows.size(), 70);
+    // The names and step counts as data/levels.txt gives them.
+    QCOMPARE(rows.first(), "Level 1 - First Step");
+    QCOMPARE(rows.last(), "Level 70 - Sky Summit");
+    QCOMPARE(fewest.first(), QVariant(10));
+    QCOMPARE(fewest.last(), QVariant(101));
+    QCOMPARE(best.mid(0, 5), QList<QVariant>({10, {}, 41, {}, 999}));
+    QCOMPARE(overflowing, QList<int>());
+    PlayerProgress kept;
+    QVERIFY(!ReadPlayerFile(folder.File("qvl-player.ini"), kept));
+    QVERIFY(kept.fewestStepsLeft);
 }
 
 QTEST_MAIN(tst_Play)

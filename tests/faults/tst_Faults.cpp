@@ -60,6 +60,16 @@ QByteArray SavedGame(int32_t steps = 7, int at = 0, int16_t value = 0)
     return bytes;
 }
 
+// A game of level 3 after 7 steps, one step from the exit.
+QByteArray NearlyWon()
+{
+    GameState game;
+    game.levelIndex = 2;
+    game.steps = 7;
+    game.SetUp(LayoutFromPicture("2113/2673/4005/4005/8..9"));
+    return SerializeSavedGame(BuildSavedGame(game, "Kept game "));
+}
+
 QByteArray LevelFile(int index = 0, int piece = 0, int16_t code = 0)
 {
     static const LevelTable sound = ProgramFolder().levels;
@@ -188,6 +198,7 @@ public:
     }
     int level = 0;
     QString name;
+    QString file = "Bad.sav"; // the saved game to load
     QStringList boxes;
     std::function<void()> meanwhile; // once, when the next dialog is up
 
@@ -212,7 +223,7 @@ private:
             levels->cmdSetLevel->click();
         } else if (auto *files = qobject_cast<frmFile *>(modal)) {
             files->filList->setCurrentRow(
-                files->filList->row(files->filList->findItems("Bad.sav", {}).value(0)));
+                files->filList->row(files->filList->findItems(file, {}).value(0)));
             files->cmdSet->click();
         }
     }
@@ -220,7 +231,8 @@ private:
     QTimer timer_;
 };
 
-enum class Act { StartUp, NewGame, Save, Load }; // Save and Load come after a move
+// Save and Load come after a move; Win loads Won.sav and wins it, twice.
+enum class Act { StartUp, NewGame, Save, Load, Win };
 enum class Needs { Nothing, Root, Nobody };
 
 struct Fault
@@ -249,6 +261,15 @@ const QString LoadError
     = "Quorvel - Load game | The saved game cannot be loaded:\n%1/saved/Bad.sav\n";
 const QString NewGameError
     = "Quorvel - New Game | Level %1 cannot be played: its layout is damaged.\n";
+const QString Won
+    = "Quorvel - Congratulations | Congratulations!! You finished the game in 8 steps.";
+const QString ProgressError
+    = "Quorvel - Progress | Your win of level 3 in 8 steps could not be recorded.\n"
+      "%1/qvl-player.ini\n%2\nYou can go on playing; this is not shown again until Quorvel "
+      "starts anew.";
+const QByteArray Progress = "[Best]\r\n1=5\r\n";
+const QByteArray ProgressWon = "[Best]\r\n1=5\r\n3=8\r\n\r\n[View]\r\nFewestStepsLeft=false\r\n";
+const Files LockMade = {{"qvl-player.ini.lock", ""}};
 
 const auto AsItIs = [](Folder &) { return true; };
 
@@ -341,6 +362,60 @@ const std::vector<Fault> Faults = {
             return f.Put("saved/Bad.sav", SavedGame()) && f.Unreadable("saved/Bad.sav");
         },
         {LoadError + "It cannot be read: Permission denied."}, false, Needs::Nobody, Act::Load},
+    {"player-file-new", AsItIs, {Won, Won}, false, Needs::Nothing, Act::Win, {},
+        {{"qvl-player.ini", "[Best]\r\n3=8\r\n\r\n[View]\r\nFewestStepsLeft=false\r\n"},
+            {"qvl-player.ini.lock", ""}}},
+    {"player-file-read-only-folder",
+        [](Folder &f) { return f.Put("qvl-player.ini", Progress) && f.ReadOnly({}); },
+        {SettingError + "Read-only file system", Won,
+            ProgressError.arg("%1", "Read-only file system"), Won},
+        false, Needs::Root, Act::Win},
+    {"player-file-on-a-full-disk",
+        [](Folder &f) { return f.Put("qvl-player.ini", Progress) && f.FullDisk({}); },
+        {SettingError + "No space left on device", Won,
+            ProgressError.arg("%1", "No space left on device"), Won},
+        false, Needs::Root, Act::Win, {}, LockMade},
+    {"player-file-is-a-folder", [](Folder &f) { return QDir(f.path()).mkdir("qvl-player.ini"); },
+        {Won, ProgressError.arg("%1", "Is a directory"), Won}, false, Needs::Nothing, Act::Win, {},
+        LockMade},
+    {"player-file-links-elsewhere",
+        [](Folder &f) {
+            return f.Put("outside", Progress)
+                && QFile::link(f.File("outside"), f.File("qvl-player.ini"));
+        },
+        {Won, ProgressError.arg("%1", "It is a symbolic link, which the game does not write to"),
+            Won},
+        false, Needs::Nothing, Act::Win},
+    {"player-file-a-named-pipe",
+        [](Folder &f) { return ::mkfifo(QFile::encodeName(f.File("qvl-player.ini")), 0666) == 0; },
+        {Won, ProgressError.arg("%1", "Not a regular file"), Won}, false, Needs::Nothing, Act::Win,
+        {}, LockMade},
+    {"player-file-unreadable",
+        [](Folder &f) {
+            return f.Put("qvl-player.ini", Progress) && f.Unreadable("qvl-player.ini");
+        },
+        {Won, ProgressError.arg("%1", "Permission denied"), Won}, false, Needs::Nobody, Act::Win,
+        {}, LockMade},
+    {"player-file-locked-by-a-stopped-copy",
+        [](Folder &f) {
+            return f.Put("qvl-player.ini", Progress) && f.Lock("qvl-player.ini.lock");
+        },
+        {Won, ProgressError.arg("%1", "Another copy of the game kept the file locked"), Won}, false,
+        Needs::Nothing, Act::Win},
+    {"player-file-huge",
+        [](Folder &f) {
+            return f.Put("qvl-player.ini", Progress)
+                && QFile(f.File("qvl-player.ini")).resize(qint64(50) << 20);
+        },
+        {Won, Won}, false, Needs::Nothing, Act::Win, {},
+        {{"qvl-player.ini", ProgressWon}, {"qvl-player.ini.lock", ""}}},
+    {"player-file-binary",
+        [](Folder &f) {
+            return f.Put(
+                "qvl-player.ini", QByteArray("\xFF\0\r\n[Best]\r\n\x01\x02\r\n1=5\r\n\xFE", 22));
+        },
+        {Won, Won}, false, Needs::Nothing, Act::Win, {},
+        {{"qvl-player.ini", ProgressWon}, {"qvl-player.ini.lock", ""}}},
 };
 
 // What the process has read through read() and the like so far.
@@ -408,6 +483,8 @@ void tst_Faults::withTheRealMessageBoxes()
     QFETCH(int, row);
     const Fault &fault = Faults[size_t(row)];
     Folder folder;
+    if (fault.act == Act::Win)
+        folder.Put("saved/Won.sav", NearlyWon());
     if (!Prepare(fault, folder))
         QSKIP("needs root and a mount namespace of its own (unshare)");
     QtPlatform platform;
@@ -442,6 +519,11 @@ void tst_Faults::withTheRealMessageBoxes()
             form.mnuSaveGame_Click();
         if (fault.act == Act::Load)
             form.mnuLoadGame_Click();
+        player.file = fault.act == Act::Win ? "Won.sav" : "Bad.sav";
+        for (int win = 0; fault.act == Act::Win && win < 2; ++win) {
+            form.mnuLoadGame_Click();
+            DragBlock(form, 0, {1, 2}, {{1, 3}});
+        }
 
         QCOMPARE(player.boxes, QStringList(fault.boxes).replaceInStrings("%1", folder.path()));
         if (fault.act == Act::NewGame)

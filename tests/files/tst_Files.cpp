@@ -1,11 +1,14 @@
-// The three file formats, byte by byte, and the code page they are kept in.
+// The file formats, byte by byte, and the code page they are kept in.
 #include "files/CodePage.h"
 #include "files/LevelFile.h"
+#include "files/PlayerFile.h"
 #include "files/SavedGame.h"
 #include "files/Settings.h"
 #include "support/ProgramFolder.h"
 
+#include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -22,7 +25,31 @@ private slots:
     void settingsFirstField_data();
     void settingsFirstField();
     void settingsAreOneLineEndingInCrLf();
+    void playerFileKeepsTheLowerBest_data();
+    void playerFileKeepsTheLowerBest();
+    void playerFileWritersWaitForEachOther();
 };
+
+namespace {
+
+const QByteArray NoFile = "<no file>";
+const QByteArray Untouched = "<untouched>";
+const QByteArray ViewOff = "\r\n[View]\r\nFewestStepsLeft=false\r\n";
+
+// Bytes of a literal, zeros included.
+template<size_t N>
+QByteArray Bytes(const char (&text)[N])
+{
+    return QByteArray(text, qsizetype(N - 1));
+}
+
+QByteArray ReadAll(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : NoFile;
+}
+
+} // namespace
 
 void tst_Files::codePageKeepsItsCharactersAndWritesQuestionMarks()
 {
@@ -161,6 +188,93 @@ void tst_Files::settingsAreOneLineEndingInCrLf()
         QVERIFY(IsPlainFileName(QString::fromLatin1(plain)));
     for (const char *elsewhere : {"", ".", "..", "../qvl.ini", "/etc/passwd"})
         QVERIFY(!IsPlainFileName(QString::fromLatin1(elsewhere)));
+}
+
+void tst_Files::playerFileKeepsTheLowerBest_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<int>("level"); // the level number won; 0: the view is set instead
+    QTest::addColumn<int>("steps"); // for the view: 1 shown, 0 not
+    QTest::addColumn<QByteArray>("after");
+    QTest::newRow("the-first-win-makes-the-file")
+        << NoFile << 1 << 12 << "[Best]\r\n1=12\r\n" + ViewOff;
+    QTest::newRow("a-better-win-replaces-the-best")
+        << QByteArray("[Best]\r\n3=40\r\n") << 3 << 38 << "[Best]\r\n3=38\r\n" + ViewOff;
+    QTest::newRow("a-worse-win-leaves-the-file")
+        << QByteArray("[Best]\n3=40\n") << 3 << 41 << Untouched;
+    QTest::newRow("an-equal-win-leaves-the-file")
+        << QByteArray("[Best]\n3=40\n") << 3 << 40 << Untouched;
+    QTest::newRow("other-levels-and-the-view-stay")
+        << QByteArray("[Best]\r\n70=101\r\n1=10\r\n[View]\r\nFewestStepsLeft=true\r\n") << 6 << 30
+        << QByteArray("[Best]\r\n1=10\r\n6=30\r\n70=101\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
+    QTest::newRow("the-lowest-of-several-holds")
+        << QByteArray("[Best]\n4=50\n4=45\n4=47\n") << 4 << 46 << Untouched;
+    QTest::newRow("names-without-case-spaces-and-comments")
+        << QByteArray("; mine\r\n# too\r\n [ bEST ] \r\n\t2 = 15 \r\n") << 2 << 16 << Untouched;
+    QTest::newRow("lines-that-do-not-parse-are-skipped")
+        << Bytes(
+               "2=1\r\n[Best]\r\n2=15\r\n0=5\r\n71=9\r\n02=3\r\n-1=4\r\n4=-3\r\n5=x\r\n6=\r\n=7\r\n"
+               "7=1e3\r\n8=+9\r\n9=99999999999\r\n[Best\r\n10=5\r\n[Other]\r\n11=1\r\n[View]\r\n"
+               "12=1\r\nFewestStepsLeft=yes\r\n\0\xFF\x01\r\n[Best]\r\n\xFE")
+        << 1 << 11 << "[Best]\r\n1=11\r\n2=15\r\n" + ViewOff;
+    QTest::newRow("no-steps-up-to-the-largest-count")
+        << QByteArray("[Best]\n1=0\n2=2147483647\n3=2147483648\n") << 3 << 5
+        << "[Best]\r\n1=0\r\n2=2147483647\r\n3=5\r\n" + ViewOff;
+    QTest::newRow("the-last-view-holds")
+        << QByteArray("[VIEW]\nfeweststepsleft = TRUE\nFewestStepsLeft=maybe\n") << 1 << 9
+        << QByteArray("[Best]\r\n1=9\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
+    // Only the first MiB is read; the line it cuts ("5=12" of "5=12345")
+    // would read as a better best than the file holds.
+    QTest::newRow("a-line-cut-by-the-read-limit-is-not-taken")
+        << "[Best]\n" + QByteArray((1 << 20) - 12, ';') + "\n5=12345\n"
+        << 5 << 200 << "[Best]\r\n5=200\r\n" + ViewOff;
+    QTest::newRow("showing-fewest-steps-left")
+        << QByteArray("[Best]\r\n2=7\r\n") << 0 << 1
+        << QByteArray("[Best]\r\n2=7\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
+    QTest::newRow("the-view-as-it-is-leaves-the-file")
+        << QByteArray("[View]\nFewestStepsLeft=true") << 0 << 1 << Untouched;
+}
+
+void tst_Files::playerFileKeepsTheLowerBest()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(int, level);
+    QFETCH(int, steps);
+    QFETCH(QByteArray, after);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(PlayerFileName);
+    if (before != NoFile) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(before) == before.size());
+    }
+    PlayerProgress progress;
+    const FileError error = level ? RecordWin(path, level - 1, steps, progress)
+                                  : RecordFewestStepsLeft(path, steps != 0, progress);
+    QVERIFY2(!error, qPrintable(error.description));
+    QCOMPARE(ReadAll(path), after == Untouched ? before : after);
+    if (level)
+        QVERIFY(progress.best[size_t(level - 1)] <= steps);
+    // Nothing else is left beside it but the lock.
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
+        QStringList({"qvl-player.ini", "qvl-player.ini.lock"}));
+}
+
+// Another copy of the game holds the lock and writes its record a moment
+// later: the win waits for it and keeps both records.
+void tst_Files::playerFileWritersWaitForEachOther()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(PlayerFileName);
+    QProcess other;
+    other.start("flock",
+        {path + ".lock", "sh", "-c",
+            "echo locked; sleep 0.3; printf '[Best]\\r\\n2=9\\r\\n' > \"$0\"", path});
+    QVERIFY(other.waitForReadyRead(5000));
+    PlayerProgress progress;
+    QVERIFY(!RecordWin(path, 0, 12, progress));
+    QVERIFY(other.waitForFinished(5000));
+    QCOMPARE(ReadAll(path), "[Best]\r\n1=12\r\n2=9\r\n" + ViewOff);
+    QCOMPARE(progress.best[1], 9);
 }
 
 QTEST_GUILESS_MAIN(tst_Files)
