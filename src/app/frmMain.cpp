@@ -47,7 +47,11 @@ public:
 
     bool eventFilter(QObject *, QEvent *event) override
     {
-        if ((event->type() == QEvent::Move || event->type() == QEvent::Resize)
+        // A manager may frame the window around the client where it stands,
+        // which moves nothing: the frame is there by the next paint.
+        const QEvent::Type type = event->type();
+        if ((type == QEvent::Move || type == QEvent::Resize || type == QEvent::Paint
+                || type == QEvent::WindowActivate)
             && form_.frameGeometry().size() != centredBy_) {
             form_.removeEventFilter(this);
             CentreOnScreen(form_, form_.Screen());
