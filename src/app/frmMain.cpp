@@ -20,6 +20,51 @@ QString JoinLines(std::initializer_list<QString> lines)
     return QStringList(lines).join(QStringLiteral("\r\n"));
 }
 
+// Puts the window's outer frame in the middle of the screen, by the size the
+// frame has now, and gives that size.
+QSize CentreOnScreen(QWidget &window, const ScreenMetrics &screen)
+{
+    const QSize outer = window.frameGeometry().size();
+    const int left = CentredOrigin(0, screen.width, outer.width() * screen.unitsPerPixelX);
+    const int top = CentredOrigin(0, screen.height, outer.height() * screen.unitsPerPixelY);
+    window.move(
+        RoundHalfEven(left / screen.unitsPerPixelX), RoundHalfEven(top / screen.unitsPerPixelY));
+    return outer;
+}
+
+// Centres the main window once more when its outer size first differs from
+// the one it was centred by, then goes.
+class CentreWhenFramed : public QObject
+{
+public:
+    CentreWhenFramed(frmMain &form, QSize centredBy)
+        : QObject(&form)
+        , form_(form)
+        , centredBy_(centredBy)
+    {
+        form.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        // A manager may frame the window around the client where it stands,
+        // which moves nothing: the frame is there by the next paint.
+        const QEvent::Type type = event->type();
+        if ((type == QEvent::Move || type == QEvent::Resize || type == QEvent::Paint
+                || type == QEvent::WindowActivate)
+            && form_.frameGeometry().size() != centredBy_) {
+            form_.removeEventFilter(this);
+            CentreOnScreen(form_, form_.Screen());
+            deleteLater();
+        }
+        return false;
+    }
+
+private:
+    frmMain &form_;
+    QSize centredBy_;
+};
+
 } // namespace
 
 frmMain::frmMain(Platform &platform, const ProgramFolders &folders)
@@ -108,11 +153,11 @@ QString frmMain::SettingsPath() const
 void frmMain::Form_Load()
 {
     show();
-    const ScreenMetrics screen = Screen();
-    const QSize outer = frameGeometry().size();
-    const int left = CentredOrigin(0, screen.width, outer.width() * screen.unitsPerPixelX);
-    const int top = CentredOrigin(0, screen.height, outer.height() * screen.unitsPerPixelY);
-    move(RoundHalfEven(left / screen.unitsPerPixelX), RoundHalfEven(top / screen.unitsPerPixelY));
+    // A window manager frames the window only after it is shown: until then
+    // the outer size leaves out the title bar. Once it is framed, it is
+    // centred again by its real outer size; without a manager nothing
+    // changes and it stays where it is put here.
+    new CentreWhenFramed(*this, CentreOnScreen(*this, Screen()));
     mnuSaveGame->setEnabled(false);
     ReadSettings();
     HideBoard();

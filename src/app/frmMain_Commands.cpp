@@ -6,6 +6,7 @@
 #include "dialogs/frmFile.h"
 #include "dialogs/frmLevel.h"
 #include "files/SavedGame.h"
+#include "files/Settings.h"
 #include "frmMain.h"
 
 #include <QDir>
@@ -188,8 +189,20 @@ void frmMain::mnuSetSkin_Click()
         chooser.SetPattern(QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
         chooser.exec();
     }
-    if (!absFilename.isEmpty())
-        ApplySkin(absFilename);
+    if (absFilename.isEmpty())
+        return;
+    // A name the settings file cannot give back would be lost at the next
+    // start, so the skin is refused before anything changes.
+    if (const QString why = WhySettingCannotBeKept(absFilename); !why.isEmpty()) {
+        platform_.MsgBox(this,
+            QStringLiteral("The skin %1 cannot be set: its name would be lost when the game "
+                           "starts again.\r\n")
+                    .arg(absFilename)
+                + why + QStringLiteral("\r\nPlease rename the file and choose it again."),
+            Buttons::Ok, Icon::Exclamation, QStringLiteral("Quorvel - Set Skin"));
+        return;
+    }
+    ApplySkin(absFilename);
 }
 
 void frmMain::mnuExit_Click()

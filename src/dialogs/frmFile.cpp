@@ -34,9 +34,10 @@ frmFile::frmFile(frmMain &main)
     cmdSet->setGeometry(PxRect(604, 3000, 1695, 495));
     cmdCancel = new QPushButton(QStringLiteral("Cancel"), this);
     cmdCancel->setGeometry(PxRect(2891, 3000, 1695, 495));
-    // Return confirms the chosen file rather than cancelling, although Cancel
-    // comes first in the tab order.
-    cmdCancel->setAutoDefault(false);
+    // Neither button is the default: a file is chosen with the confirm
+    // button only, never by Return.
+    for (QPushButton *button : {cmdSet, cmdCancel})
+        button->setAutoDefault(false);
     setTabOrder(filList, cmdCancel);
     setTabOrder(cmdCancel, cmdSet);
     filList->setFocus();

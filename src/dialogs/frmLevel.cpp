@@ -149,6 +149,10 @@ frmLevel::frmLevel(frmMain &main)
     cmdSetLevel->setGeometry(PxRect(210, 2880, 1695, 495));
     cmdCancel = new QPushButton(QStringLiteral("Cancel"), this);
     cmdCancel->setGeometry(PxRect(2280, 2880, 1695, 495));
+    // Neither button is the default: a level is chosen with Set Level only,
+    // never by Return.
+    for (QPushButton *button : {cmdSetLevel, cmdCancel})
+        button->setAutoDefault(false);
     setTabOrder(lisLevel, cmdSetLevel);
     setTabOrder(cmdSetLevel, cmdCancel);
     lisLevel->setFocus();

@@ -2,6 +2,10 @@
 
 #include "CodePage.h"
 
+#include <QList>
+
+#include <cerrno>
+
 namespace {
 
 // Far longer than any file name; the rest of a huge file is never read.
@@ -44,9 +48,40 @@ FileError ReadSkinSetting(const QString &path, QString &setting)
     return {};
 }
 
+QByteArray SettingLine(const QString &setting)
+{
+    const QByteArray name = ToAnsi(setting);
+    for (const QByteArray &line : {name + "\r\n", '"' + name + "\"\r\n"})
+        if (FirstField(line) == setting)
+            return line;
+    return {};
+}
+
+QString WhySettingCannotBeKept(const QString &setting)
+{
+    if (!SettingLine(setting).isEmpty())
+        return {};
+    QString lacking;
+    for (const uint code : setting.toUcs4()) {
+        const char32_t point = code;
+        const QString character = QString::fromUcs4(&point, 1);
+        if ((code == U'\r' || code == U'\n' || FromAnsi(ToAnsi(character)) != character)
+            && !lacking.contains(character))
+            lacking += character;
+    }
+    if (!lacking.isEmpty())
+        return QStringLiteral("The settings file cannot hold the characters %1 of its name.")
+            .arg(lacking);
+    return QStringLiteral("The settings file cannot hold a name with a double quote that also "
+                          "holds a comma or begins with a space or a double quote.");
+}
+
 FileError WriteSkinSetting(const QString &path, const QString &setting)
 {
-    return ReplaceFile(path, ToAnsi(setting) + "\r\n");
+    const QByteArray line = SettingLine(setting);
+    if (line.isEmpty())
+        return {EILSEQ, WhySettingCannotBeKept(setting)};
+    return ReplaceFile(path, line);
 }
 
 bool IsPlainFileName(const QString &name)

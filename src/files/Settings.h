@@ -17,7 +17,18 @@ QString FirstField(const QByteArray &content);
 // Reads the first field of the file. Only the start of a huge file is read.
 FileError ReadSkinSetting(const QString &path, QString &setting);
 
-// Replaces the file with the one line; a failure keeps the old file.
+// The line that FirstField reads back as `setting`: the name as it stands,
+// or in double quotes when it holds a comma or begins with a space or a
+// double quote. Empty when no line can: the name holds a character the
+// code page lacks or a line break, or needs the quotes and holds one.
+QByteArray SettingLine(const QString &setting);
+
+// Why SettingLine has no line for `setting`, as a sentence for the
+// player; empty when it has one.
+QString WhySettingCannotBeKept(const QString &setting);
+
+// Replaces the file with the setting's line; a failure, or a setting that
+// has no line, keeps the old file.
 FileError WriteSkinSetting(const QString &path, const QString &setting);
 
 // A setting names a picture in the skins folder only when it is a plain file

@@ -22,9 +22,17 @@ struct Placement
     qint64 x, y, width, height;
 };
 
-// The frame (0.01 mm) is the picture's extent; the reference device's size
-// in pixels and in millimetres (or micrometres, when the header is long
-// enough to hold them) turns it into pixels. Without a usable device the
+constexpr double HundredthsOfMmPerInch = 2540;
+constexpr double ScreenPixelsPerInch = 96;
+
+qint64 Whole(double v)
+{
+    return qint64(std::llround(std::clamp(v, -1e9, 1e9)));
+}
+
+// The records are drawn on the reference device: its size in pixels and in
+// millimetres (or micrometres, when the header is long enough to hold them)
+// places the frame (0.01 mm) among its pixels. Without a usable device the
 // bounds (inclusive pixels) serve.
 Placement PlaceEmf(QByteArrayView file)
 {
@@ -42,12 +50,29 @@ Placement PlaceEmf(QByteArrayView file)
         && frameRight > frameLeft && frameBottom > frameTop) {
         const double perUnitX = devicePixelsX / deviceMicronsX * 10; // pixels per 0.01 mm
         const double perUnitY = devicePixelsY / deviceMicronsY * 10;
-        const auto whole = [](double v) { return qint64(std::llround(std::clamp(v, -1e9, 1e9))); };
-        return {whole(frameLeft * perUnitX), whole(frameTop * perUnitY),
-            whole((frameRight - frameLeft) * perUnitX), whole((frameBottom - frameTop) * perUnitY)};
+        return {Whole(frameLeft * perUnitX), Whole(frameTop * perUnitY),
+            Whole((frameRight - frameLeft) * perUnitX), Whole((frameBottom - frameTop) * perUnitY)};
     }
     return {boundsLeft, boundsTop, qint64(boundsRight) - boundsLeft + 1,
         qint64(boundsBottom) - boundsTop + 1};
+}
+
+// The picture's size on a screen: the frame is its physical size, and a
+// screen has 96 pixels to the inch whatever device the picture was drawn
+// for (a drawing program's reference device may well have 1200). Without a
+// frame the picture is as large as its place on the device.
+QSize ScreenSize(QByteArrayView file, const Placement &place)
+{
+    const double frameWidth = double(LeI32(file, 32)) - LeI32(file, 24);
+    const double frameHeight = double(LeI32(file, 36)) - LeI32(file, 28);
+    if (frameWidth <= 0 || frameHeight <= 0)
+        return {int(std::clamp<qint64>(place.width, -1, 1 << 30)),
+            int(std::clamp<qint64>(place.height, -1, 1 << 30))};
+    const auto pixels = [](double hundredths) {
+        return int(std::clamp<qint64>(
+            Whole(hundredths * ScreenPixelsPerInch / HundredthsOfMmPerInch), -1, 1 << 30));
+    };
+    return {pixels(frameWidth), pixels(frameHeight)};
 }
 
 } // namespace
@@ -55,13 +80,15 @@ Placement PlaceEmf(QByteArrayView file)
 QImage DrawEmf(QByteArrayView file, QString *reason, qreal scale)
 {
     const Placement place = PlaceEmf(file);
-    if (place.width < 1 || place.height < 1 || place.width > MaxMetafileSide
-        || place.height > MaxMetafileSide)
+    const QSize size = ScreenSize(file, place);
+    if (size.width() < 1 || size.height() < 1 || size.width() > MaxMetafileSide
+        || size.height() > MaxMetafileSide)
         return Fail(reason,
             QStringLiteral("an EMF picture of %1 x %2 pixels is no skin")
-                .arg(place.width)
-                .arg(place.height));
-    const QSize size(int(place.width), int(place.height));
+                .arg(size.width())
+                .arg(size.height()));
+    if (place.width < 1 || place.height < 1)
+        return Fail(reason, QStringLiteral("the EMF picture has no place on its device"));
 
     // The converter maps the header's bounds onto the SVG it writes, so
     // they are set to the picture's own place: one SVG unit is then one
@@ -81,8 +108,8 @@ QImage DrawEmf(QByteArrayView file, QString *reason, qreal scale)
     generatorOptions options {};
     options.nameSpace = emptyNameSpace;
     options.svgDelimiter = true;
-    options.imgWidth = double(size.width());
-    options.imgHeight = double(size.height());
+    options.imgWidth = double(place.width);
+    options.imgHeight = double(place.height);
     char *svg = nullptr;
     size_t length = 0;
     const int converted = emf2svg(bytes.data(), size_t(bytes.size()), &svg, &length, &options);
@@ -94,12 +121,13 @@ QImage DrawEmf(QByteArrayView file, QString *reason, qreal scale)
     QSvgRenderer renderer(text);
     if (!renderer.isValid())
         return Fail(reason, QStringLiteral("the EMF library cannot read the picture"));
-    renderer.setViewBox(QRectF(QPointF(0, 0), QSizeF(size)));
+    // Device pixels onto screen pixels, and those onto the screen's own.
+    renderer.setViewBox(QRectF(0, 0, double(place.width), double(place.height)));
     QImage picture((QSizeF(size) * scale).toSize(), QImage::Format_RGB32);
     picture.fill(Qt::white);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(scale, scale);
-    renderer.render(&painter);
+    renderer.render(&painter, QRectF(QPointF(0, 0), QSizeF(size)));
     return picture;
 }

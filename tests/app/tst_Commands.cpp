@@ -198,6 +198,10 @@ void tst_Commands::chooserAnswers_data()
     QTest::newRow("skin-escape") << "escape" << SavedAtLevelTwo;
     QTest::newRow("skin-close-control") << "close" << SavedAtLevelTwo;
     QTest::newRow("skin-nothing-selected") << "" << SavedAtLevelTwo;
+    // Neither button is the default: Return on the selected "second.bmp" does nothing.
+    QTest::newRow("skin-return") << "return" << SavedAtLevelTwo;
+    // A name the settings file cannot hold is refused before anything changes.
+    QTest::newRow("skin-name-outside-the-code-page") << "\u591C.bmp" << SavedAtLevelTwo;
     // Not a picture: the program ends, its setting kept.
     QTest::newRow("skin-no-picture") << "broken.bmp" << SavedAtLevelTwo;
 }
@@ -209,7 +213,10 @@ void tst_Commands::chooserAnswers()
     Game game;
     const QString path = game.folder.File("saved/Resumed.sav");
     game.folder.Write("saved/Resumed.sav", saved);
-    QVERIFY(KnownSkin().mirrored().save(game.folder.File("skins/second.bmp"), "BMP"));
+    const bool outside = how.startsWith(QChar(0x591C));
+    for (const QString &name :
+        outside ? QStringList {"second.bmp", how} : QStringList {"second.bmp"})
+        QVERIFY(KnownSkin().mirrored().save(game.folder.File("skins/" + name), "BMP"));
     for (const char *name : {"broken.bmp", "b.BMP", "A.gif", "c.jpeg", "d.JPG", "e.Dib", "f.wmf",
              "g.EMF", "h.png", "i.tif", "j.bmp.bak"})
         game.folder.Write(QStringLiteral("skins/") + name, "no picture");
@@ -217,15 +224,19 @@ void tst_Commands::chooserAnswers()
     game.folder.Write("qvl.ini", "default.bmp, as before\r\n");
     const bool load = how.endsWith(".sav"), loaded = load && saved == SavedAtLevelTwo;
     const bool refused = load && !loaded, applied = how == "second.bmp", ends = how == "broken.bmp";
-    Answers(game.platform, refused || ends ? "O" : "");
+    Answers(game.platform, refused || ends || outside ? "O" : "");
     QStringList rows;
-    bool stayedOpen = false;
+    bool stayedOpen = false, noDefault = false;
     game.OnDialog([&](QDialog *dialog) {
         auto *chooser = static_cast<frmFile *>(dialog);
         for (int i = 0; i < chooser->filList->count(); ++i)
             rows << chooser->filList->item(i)->text();
-        chooser->filList->setCurrentItem(chooser->filList->findItems(how, {}).value(0));
-        if (how == "escape")
+        noDefault = !chooser->cmdSet->isDefault() && !chooser->cmdCancel->isDefault();
+        chooser->filList->setCurrentItem(
+            chooser->filList->findItems(how == "return" ? "second.bmp" : how, {}).value(0));
+        if (how == "return")
+            QTest::keyClick(chooser->filList, Qt::Key_Return);
+        else if (how == "escape")
             QTest::keyClick(chooser->filList, Qt::Key_Escape);
         else if (how == "close")
             chooser->close();
@@ -242,15 +253,21 @@ void tst_Commands::chooserAnswers()
     QCOMPARE(rows,
         (load ? QStringList {"Resumed.sav"}
               : QStringList {"A.gif", "b.BMP", "broken.bmp", "c.jpeg", "d.JPG", "default.bmp",
-                  "e.Dib", "f.wmf", "g.EMF", "second.bmp"}));
-    QCOMPARE(stayedOpen, how.isEmpty());
+                    "e.Dib", "f.wmf", "g.EMF", "second.bmp"}
+                    + (outside ? QStringList {how} : QStringList {})));
+    QVERIFY(noDefault);
+    QCOMPARE(stayedOpen, how.isEmpty() || how == "return");
     // A saved game's full path, a skin's bare name, or nothing.
     QCOMPARE(game.form.absFilename, !how.contains('.') ? "" : load ? path : how);
     const QString box = refused
         ? "Quorvel - Load game | The saved game cannot be loaded:\r\n" + path
-        : "Quorvel - ERROR | An error has occurred while attempting to load picture \r\n"
-            + game.folder.File("skins/broken.bmp");
-    QCOMPARE(game.platform.Shown().join("").section("\r\n", 0, 1), refused || ends ? box : "");
+        : ends ? "Quorvel - ERROR | An error has occurred while attempting to load picture \r\n"
+            + game.folder.File("skins/broken.bmp")
+        : outside ? "Quorvel - Set Skin | The skin " + how
+            + " cannot be set: its name would be lost when the game starts again.\r\nThe "
+              "settings file cannot hold the characters \u591C of its name."
+                  : "";
+    QCOMPARE(game.platform.Shown().join("").section("\r\n", 0, 1), box);
     // The game loaded, its level named as in the file, or the board left as it was.
     QCOMPARE(BoardPicture(game.form.game) + " | " + game.form.lblStatus->text() + " | "
             + game.form.lblSteps->text(),

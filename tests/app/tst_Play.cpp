@@ -84,6 +84,8 @@ void tst_Play::chooserListsEveryLevelAndAnswers_data()
     QTest::newRow("set-level") << "set" << 41;
     QTest::newRow("cancel-button") << "cancel" << -1;
     QTest::newRow("escape") << "escape" << -1;
+    // Neither button is the default, so Return on a selected row chooses nothing.
+    QTest::newRow("return-on-a-row-then-cancel") << "return" << -1;
     QTest::newRow("close-control") << "close" << -1;
     QTest::newRow("set-level-with-no-row-then-cancel") << "nothing" << -1;
 }
@@ -109,11 +111,14 @@ void tst_Play::chooserListsEveryLevelAndAnswers()
         }
         offset = chooser->frameGeometry().topLeft() - form.frameGeometry().topLeft();
         fresh = chooser->lisLevel->selectedItems().isEmpty()
-            && chooser->focusWidget() == chooser->lisLevel;
+            && chooser->focusWidget() == chooser->lisLevel && !chooser->cmdSetLevel->isDefault()
+            && !chooser->cmdCancel->isDefault();
         for (int i = 0; i < chooser->lisLevel->count(); ++i)
             rows << chooser->lisLevel->item(i)->text();
-        if (how == "set")
+        if (how == "set" || how == "return")
             chooser->lisLevel->setCurrentRow(41);
+        if (how == "return")
+            QTest::keyClick(chooser->lisLevel, Qt::Key_Return);
         if (how == "set" || how == "nothing")
             QTest::mouseClick(chooser->cmdSetLevel, Qt::LeftButton);
         stayedOpen = chooser->isVisible() && form.newLevel == 7;

@@ -73,7 +73,7 @@ void tst_Window::settingsAreReadAndRepaired_data()
                                   << QByteArray("other.bmp\r\n");
     QTest::newRow("quoted-with-comma")
         << QByteArray("  \"sea, blue.bmp\"\r\n") << "sea, blue.bmp"
-        << QByteArray("  \"sea, blue.bmp\"\r\n") << QByteArray("sea, blue.bmp\r\n");
+        << QByteArray("  \"sea, blue.bmp\"\r\n") << QByteArray("\"sea, blue.bmp\"\r\n");
     QTest::newRow("comma-cuts-the-name")
         << QByteArray("sea, blue.bmp\r\n") << "sea, blue.bmp" << reset << reset;
     QTest::newRow("missing-skin") << QByteArray("gone.bmp\r\n") << QString() << reset << reset;

@@ -24,10 +24,12 @@ private slots:
     void savedGameRefusesDamagedRecords();
     void settingsFirstField_data();
     void settingsFirstField();
-    void settingsAreOneLineEndingInCrLf();
     void playerFileKeepsTheLowerBest_data();
     void playerFileKeepsTheLowerBest();
     void playerFileWritersWaitForEachOther();
+    void settingsKeepEveryNameTheyTake_data();
+    void settingsKeepEveryNameTheyTake();
+    void settingsNameOnlyPlainFiles();
 };
 
 namespace {
@@ -173,17 +175,47 @@ void tst_Files::settingsFirstField()
     QCOMPARE(FirstField(content), field);
 }
 
-void tst_Files::settingsAreOneLineEndingInCrLf()
+void tst_Files::settingsKeepEveryNameTheyTake_data()
 {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("line"); // empty: refused, the file left as it was
+    QTest::newRow("plain") << "default.bmp" << QByteArray("default.bmp\r\n");
+    QTest::newRow("code-page") << "\u00E9t\u00E9 \u20AC.gif"
+                               << QByteArray("\xE9t\xE9 \x80.gif\r\n");
+    QTest::newRow("trailing-space") << "sea.bmp " << QByteArray("sea.bmp \r\n");
+    QTest::newRow("quotes-inside") << "my \"best\".bmp" << QByteArray("my \"best\".bmp\r\n");
+    QTest::newRow("question-mark") << "?.jpg" << QByteArray("?.jpg\r\n");
+    QTest::newRow("comma") << "a,b.bmp" << QByteArray("\"a,b.bmp\"\r\n");
+    QTest::newRow("leading-space") << " sea.bmp" << QByteArray("\" sea.bmp\"\r\n");
+    QTest::newRow("leading-quote") << "\"q.bmp" << QByteArray();
+    QTest::newRow("comma-and-quote") << "a,\"b\".bmp" << QByteArray();
+    QTest::newRow("chinese") << "\u591C.jpg" << QByteArray();
+    QTest::newRow("cyrillic") << "\u043D\u043E\u0447\u044C.jpg" << QByteArray();
+    QTest::newRow("beyond-16-bits") << QString::fromUcs4(U"\U0001F319.gif") << QByteArray();
+}
+
+void tst_Files::settingsKeepEveryNameTheyTake()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, line);
     QTemporaryDir dir;
     const QString path = dir.filePath("qvl.ini");
-    QFile old(path);
-    QVERIFY(
-        old.open(QIODevice::WriteOnly) && old.write("old.bmp\r\nsecond line that must go\r\n") > 0);
-    old.close();
-    QVERIFY(!WriteSkinSetting(path, QStringLiteral("\u00E9t\u00E9.gif")));
-    QVERIFY(old.open(QIODevice::ReadOnly));
-    QCOMPARE(old.readAll(), QByteArray("\xE9t\xE9.gif\r\n"));
+    const QByteArray old("old.bmp\r\nsecond line that must go\r\n");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(old) == old.size());
+    file.close();
+    const FileError error = WriteSkinSetting(path, name);
+    QCOMPARE(bool(error), line.isEmpty());
+    QCOMPARE(WhySettingCannotBeKept(name).isEmpty(), !line.isEmpty());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), line.isEmpty() ? old : line);
+    QString read;
+    QVERIFY(!ReadSkinSetting(path, read));
+    QCOMPARE(read, line.isEmpty() ? "old.bmp" : name);
+}
+
+void tst_Files::settingsNameOnlyPlainFiles()
+{
     for (const char *plain : {"default.bmp", "my skin.gif"})
         QVERIFY(IsPlainFileName(QString::fromLatin1(plain)));
     for (const char *elsewhere : {"", ".", "..", "../qvl.ini", "/etc/passwd"})

@@ -71,14 +71,37 @@ QByteArray RunLength4(const QByteArray &plain)
     return bmp;
 }
 
-QByteArray Metafile(const QImage &drawn, bool emf)
+// `dpi`: the EMF's reference device, which must not change its size.
+QByteArray Metafile(const QImage &drawn, bool emf, int dpi = 96)
 {
     MetafileDrawing drawing(drawn.size());
+    drawing.SetReferenceDpi(dpi);
     for (int y = 0; y < drawn.height(); y += 40)
-        for (int x = 0; x < drawn.width(); x += 40)
-            drawing.Add({MetaShape::Kind::Polygon, {QPolygonF(QRectF(x, y, 40, 40)).mid(0, 4)},
-                QColor(drawn.pixel(x, y)), QColor(), 0});
+        for (int x = 0; x < drawn.width(); x += 40) {
+            MetaShape square;
+            square.rings = {QPolygonF(QRectF(x, y, 40, 40)).mid(0, 4)};
+            square.fill = QColor(drawn.pixel(x, y));
+            drawing.Add(square);
+        }
     return emf ? drawing.Emf() : drawing.Wmf();
+}
+
+// The largest difference of a channel between two pictures of one size,
+// leaving out `margin` pixels at the edges of flat squares of `square`
+// pixels, which lossy and vector pictures blur.
+int LargestDifference(const QImage &read, const QImage &drawn, int square = 1, int margin = 0)
+{
+    const auto inside = [=](int v) { return v % square >= margin && v % square < square - margin; };
+    int largest = 0;
+    for (int y = 0; y < drawn.height(); ++y)
+        for (int x = 0; x < drawn.width(); ++x) {
+            if (!inside(x) || !inside(y))
+                continue;
+            const QRgb p = read.pixel(x, y), q = drawn.pixel(x, y);
+            largest = std::max({largest, std::abs(qRed(p) - qRed(q)),
+                std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q))});
+        }
+    return largest;
 }
 
 struct Variant
@@ -107,6 +130,7 @@ const Variant Variants[] = {
     {"progressive.jpg", "squares", "-quality 90 -interlace Plane JPEG:", {}, 6},
     {"tiles.wmf", "tiles", "", {}, 0},
     {"tiles.emf", "tiles", "", {}, 0},
+    {"tiles-1200-dpi.emf", "tiles", "", {}, 0},
 };
 
 } // namespace
@@ -118,6 +142,8 @@ private slots:
     void initTestCase();
     void variantsReadAsDrawn_data();
     void variantsReadAsDrawn();
+    void wmfBitmapsOfEveryDepth_data();
+    void wmfBitmapsOfEveryDepth();
     void damagedFilesAreRefused_data();
     void damagedFilesAreRefused();
 
@@ -138,6 +164,7 @@ void tst_Pictures::initTestCase()
     folder_.Write("skins/top-down.bmp", TopDown(folder_.Read("skins/24-bit.bmp")));
     folder_.Write("skins/tiles.wmf", Metafile(Drawn("tiles"), false));
     folder_.Write("skins/tiles.emf", Metafile(Drawn("tiles"), true));
+    folder_.Write("skins/tiles-1200-dpi.emf", Metafile(Drawn("tiles"), true, 1200));
     QVERIFY(Drawn("256").save("png.bmp", "PNG"));
 }
 
@@ -165,16 +192,64 @@ void tst_Pictures::variantsReadAsDrawn()
     const QImage drawn = Drawn(source);
     QCOMPARE(read.size(), drawn.size());
     const bool flat = source == "squares" || source == "tiles";
-    int largest = 0;
+    const int largest = LargestDifference(read, drawn, flat ? 40 : 1, flat ? 8 : 0);
+    QVERIFY2(largest <= tolerance, qPrintable(QString::number(largest)));
+}
+
+void tst_Pictures::wmfBitmapsOfEveryDepth_data()
+{
+    QTest::addColumn<int>("depth");
+    QTest::addColumn<bool>("bitFields");
+    QTest::addColumn<int>("colours");
+    // The library's smooth stretch rounds down, by one step at most.
+    QTest::addColumn<int>("tolerance");
+    QTest::newRow("1-bit") << 1 << false << 2 << 1;
+    QTest::newRow("4-bit") << 4 << false << 16 << 1;
+    QTest::newRow("8-bit") << 8 << false << 256 << 1;
+    // Five bits of a channel are off by up to a step of eight.
+    QTest::newRow("16-bit") << 16 << false << 1000 << 8;
+    QTest::newRow("16-bit-bit-fields") << 16 << true << 1000 << 8;
+    QTest::newRow("24-bit") << 24 << false << 1000 << 1;
+    // What a drawing program writes for a picture placed in its drawing.
+    QTest::newRow("32-bit") << 32 << false << 1000 << 1;
+    QTest::newRow("32-bit-bit-fields") << 32 << true << 1000 << 1;
+}
+
+void tst_Pictures::wmfBitmapsOfEveryDepth()
+{
+    QFETCH(int, depth);
+    QFETCH(bool, bitFields);
+    QFETCH(int, colours);
+    QFETCH(int, tolerance);
+    // 8-pixel squares of up to `colours` colours, black and white first;
+    // an odd width, so that every depth's rows end in padding. The library
+    // stretches bitmaps smoothly, so only the squares' middles are compared.
+    QImage drawn(13 * 8 + 3, 9 * 8, QImage::Format_RGB32);
     for (int y = 0; y < drawn.height(); ++y)
         for (int x = 0; x < drawn.width(); ++x) {
-            // Lossy and vector pictures blur the squares' edges.
-            if (flat && (x % 40 < 8 || x % 40 >= 32 || y % 40 < 8 || y % 40 >= 32))
-                continue;
-            const QRgb p = read.pixel(x, y), q = drawn.pixel(x, y);
-            largest = std::max({largest, std::abs(qRed(p) - qRed(q)),
-                std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q))});
+            const int i = (x / 8 * 5 + y / 8 * 13 + x / 8 * (y / 8)) % colours;
+            drawn.setPixel(x, y,
+                i < 2 ? qRgb(i * 255, i * 255, i * 255)
+                      : qRgb(i * 37 & 0xFF, i * 91 & 0xFF, (i * 53 + 29) & 0xFF));
         }
+    MetafileDrawing drawing(drawn.size());
+    MetaShape bitmap;
+    bitmap.kind = MetaShape::Kind::Bitmap;
+    bitmap.rings = {QPolygonF(QRectF(drawn.rect()))};
+    bitmap.image = drawn;
+    bitmap.bitmapDepth = depth;
+    bitmap.bitFields = bitFields;
+    drawing.Add(bitmap);
+    QString error;
+    const QByteArray wmf = drawing.Wmf(&error);
+    QVERIFY2(!wmf.isEmpty(), qPrintable(error));
+    const QString file = QStringLiteral("bitmap-%1.wmf").arg(QTest::currentDataTag());
+    folder_.Write("skins/" + file, wmf);
+    QString reason;
+    const QImage read = LoadPicture(file, &reason).convertToFormat(QImage::Format_RGB32);
+    QVERIFY2(!read.isNull(), qPrintable(reason));
+    QCOMPARE(read.size(), drawn.size());
+    const int largest = LargestDifference(read, drawn, 8, 2);
     QVERIFY2(largest <= tolerance, qPrintable(QString::number(largest)));
 }
 

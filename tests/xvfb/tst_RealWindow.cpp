@@ -143,8 +143,9 @@ void tst_RealWindow::Drag(std::initializer_list<int16_t> cells)
 bool tst_RealWindow::StartFirstLevel()
 {
     const qulonglong chooser = x->FromFileMenu(window, "n", "Choose Level");
-    // Space selects the current row, which the list's focus made the first.
-    return chooser && x->Key(chooser, "Home space Return") && x->WaitForNoWindow("Choose Level");
+    // Space selects the current row, which the list's focus made the first;
+    // Return would not choose it, as neither button is the default.
+    return chooser && x->Key(chooser, "Home space alt+s") && x->WaitForNoWindow("Choose Level");
 }
 
 // File > Exit; the exit code, or -1 when the program did not end. A key
@@ -240,7 +241,8 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
     QVERIFY(x->Key(question, "alt+n"));
     const qulonglong chooser = x->WaitForWindow("Load Game");
     QVERIFY(chooser);
-    QVERIFY(x->Key(chooser, "Home space Return"));
+    // The confirm button comes after Cancel in the tab order.
+    QVERIFY(x->Key(chooser, "Home space Tab Tab space"));
     QVERIFY(x->WaitForScreen([&](const QImage &shot) {
         return BlockOn(shot, one.piece, one.to) && BlockOn(shot, two.piece, two.from);
     }));

@@ -3,6 +3,7 @@
 #include <QPolygon>
 #include <QtEndian>
 
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -106,6 +107,66 @@ Style StyleOf(const MetaShape &shape)
     return s;
 }
 
+// A device-independent bitmap as a metafile holds it: the long header, the
+// colour table (or the three channel masks), then the rows bottom-up, each
+// padded to four bytes. Empty when the picture has more colours than the
+// depth's table holds.
+QByteArray Dib(const QImage &image, int depth, bool bitFields)
+{
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    QList<QRgb> table;
+    for (int y = 0; depth <= 8 && y < rgb.height(); ++y)
+        for (int x = 0; x < rgb.width(); ++x) {
+            const QRgb p = rgb.pixel(x, y) & 0xFFFFFF;
+            if (!table.contains(p)) {
+                if (table.size() == 1 << depth)
+                    return {};
+                table.append(p);
+            }
+        }
+    const int stride = (rgb.width() * depth + 31) / 32 * 4;
+    Bytes b;
+    b.U32(40);
+    b.I32(rgb.width());
+    b.I32(rgb.height());
+    b.U16(1);
+    b.U16(quint32(depth));
+    b.U32(bitFields ? 3 : 0); // BI_BITFIELDS or BI_RGB
+    b.U32(quint32(stride * rgb.height()));
+    b.I32(3780); // 96 to the inch, in pixels per metre
+    b.I32(3780);
+    b.U32(quint32(table.size()));
+    b.U32(0);
+    if (bitFields)
+        for (const quint32 mask : depth == 16 ? std::array<quint32, 3> {0xF800, 0x07E0, 0x001F}
+                                              : std::array<quint32, 3> {0xFF0000, 0xFF00, 0xFF})
+            b.U32(mask);
+    for (const QRgb colour : table)
+        b.U32(colour); // blue, green, red, zero
+    for (int y = rgb.height() - 1; y >= 0; --y) {
+        QByteArray row(stride, '\0');
+        for (int x = 0; x < rgb.width(); ++x) {
+            const QRgb p = rgb.pixel(x, y) & 0xFFFFFF;
+            const int r = qRed(p), g = qGreen(p), bl = qBlue(p);
+            if (depth <= 8) {
+                const int bit = x * depth;
+                row[bit / 8] = char(row[bit / 8] | table.indexOf(p) << (8 - depth - bit % 8));
+            } else if (depth == 16) {
+                const quint16 v = bitFields ? quint16((r >> 3) << 11 | (g >> 2) << 5 | bl >> 3)
+                                            : quint16((r >> 3) << 10 | (g >> 3) << 5 | bl >> 3);
+                qToLittleEndian<quint16>(v, row.data() + x * 2);
+            } else {
+                char *out = row.data() + x * (depth / 8);
+                out[0] = char(bl);
+                out[1] = char(g);
+                out[2] = char(r);
+            }
+        }
+        b.data += row;
+    }
+    return b.data;
+}
+
 QString OutOfRange(int index)
 {
     return QStringLiteral("shape %1 is empty or lies outside the range a metafile can hold")
@@ -157,14 +218,15 @@ struct EmfRecords
     }
 };
 
-// Records carry the device pixels they touch, inclusive.
-void DeviceBounds(Bytes &b, const QRect &logical)
+// Records carry the device pixels they touch, inclusive; `scale` is the
+// device's pixels to one of the drawing's.
+void DeviceBounds(Bytes &b, const QRect &logical, double scale)
 {
-    constexpr int P = MetafileDrawing::Precision;
-    b.I32(int(std::floor(double(logical.left()) / P)));
-    b.I32(int(std::floor(double(logical.top()) / P)));
-    b.I32(int(std::ceil(double(logical.right()) / P)));
-    b.I32(int(std::ceil(double(logical.bottom()) / P)));
+    const double P = MetafileDrawing::Precision / scale;
+    b.I32(int(std::floor(logical.left() / P)));
+    b.I32(int(std::floor(logical.top() / P)));
+    b.I32(int(std::ceil(logical.right() / P)));
+    b.I32(int(std::ceil(logical.bottom() / P)));
 }
 
 void ChangeStyle(EmfRecords &r, const std::optional<Style> &before, const Style &style)
@@ -211,13 +273,15 @@ void ChangeStyle(EmfRecords &r, const std::optional<Style> &before, const Style 
 QByteArray MetafileDrawing::Emf(QString *error) const
 {
     constexpr int P = Precision;
+    const double scale = referenceDpi_ / 96.0; // device pixels to a drawing's pixel
     EmfRecords r;
     // Logical units are 1/P pixel through the world transform, which
     // scales pen widths along with the shapes.
     r.Handle(EMR_SETGRAPHICSMODE, GM_ADVANCED);
     {
         Bytes b;
-        for (const float v : {1.0f / P, 0.0f, 0.0f, 1.0f / P, 0.0f, 0.0f})
+        const float unit = float(scale / P);
+        for (const float v : {unit, 0.0f, 0.0f, unit, 0.0f, 0.0f})
             b.F32(v);
         r.Add(EMR_SETWORLDTRANSFORM, b);
     }
@@ -227,9 +291,10 @@ QByteArray MetafileDrawing::Emf(QString *error) const
     for (int i = 0; i < shapes_.size(); ++i) {
         const MetaShape &shape = shapes_[i];
         const std::optional<QList<QPolygon>> rings = ToLogical(shape);
-        if (!rings) {
+        if (!rings || shape.kind == MetaShape::Kind::Bitmap) {
             if (error)
-                *error = OutOfRange(i);
+                *error = rings ? QStringLiteral("shape %1: bitmaps go into WMF only").arg(i + 1)
+                               : OutOfRange(i);
             return {};
         }
         const Style style = StyleOf(shape);
@@ -239,7 +304,7 @@ QByteArray MetafileDrawing::Emf(QString *error) const
         const QRect box = BoundsOf(*rings);
         if (shape.kind == MetaShape::Kind::Polyline) {
             Bytes b;
-            DeviceBounds(b, box);
+            DeviceBounds(b, box, scale);
             b.U32(quint32(rings->first().size()));
             Points(b, rings->first());
             r.Add(EMR_POLYLINE16, b);
@@ -250,7 +315,7 @@ QByteArray MetafileDrawing::Emf(QString *error) const
         // fattens it by half a pixel in some players.
         r.Add(EMR_BEGINPATH);
         Bytes b;
-        DeviceBounds(b, box);
+        DeviceBounds(b, box, scale);
         if (rings->size() == 1) {
             b.U32(quint32(rings->first().size()));
             Points(b, rings->first());
@@ -269,7 +334,7 @@ QByteArray MetafileDrawing::Emf(QString *error) const
         }
         r.Add(EMR_ENDPATH);
         Bytes paint;
-        DeviceBounds(paint, box);
+        DeviceBounds(paint, box, scale);
         r.Add(!style.fill.isValid()      ? EMR_STROKEPATH
                 : style.stroke.isValid() ? EMR_STROKEANDFILLPATH
                                          : EMR_FILLPATH,
@@ -283,10 +348,10 @@ QByteArray MetafileDrawing::Emf(QString *error) const
         r.Add(EMR_EOF, b);
     }
 
-    // The header comes first but holds the totals. Its reference device has
-    // 96 pixels to the inch, so the frame is the drawing's pixel size.
-    constexpr int deviceWidth = 1920, deviceHeight = 960; // pixels
-    constexpr int deviceWidthMm = 508, deviceHeightMm = 254;
+    // The header comes first but holds the totals. The frame is the
+    // drawing's pixel size at 96 to the inch, on any reference device.
+    constexpr int deviceWidthMm = 508, deviceHeightMm = 254; // 20 x 10 inches
+    const int deviceWidth = 20 * referenceDpi_, deviceHeight = 10 * referenceDpi_; // pixels
     const QString text = QStringLiteral("Quorvel") + QChar() + title_ + QChar() + QChar();
     Bytes description;
     for (const QChar c : text)
@@ -294,21 +359,21 @@ QByteArray MetafileDrawing::Emf(QString *error) const
     while (description.data.size() % 4)
         description.data.append('\0');
     constexpr int headerSize = 108;
-    const auto hundredthsOfMm = [](int pixels, int mm, int device) {
-        return qint32(std::lround(pixels * 100.0 * mm / device));
-    };
+    const auto hundredthsOfMm
+        = [](int pixels) { return qint32(std::lround(pixels * 2540.0 / 96)); };
+    const auto devicePixels = [scale](int pixels) { return qint32(std::lround(pixels * scale)); };
 
     Bytes h;
     h.U32(EMR_HEADER);
     h.U32(quint32(headerSize + description.data.size()));
     h.I32(0); // bounds in device pixels, inclusive
     h.I32(0);
-    h.I32(size_.width() - 1);
-    h.I32(size_.height() - 1);
+    h.I32(devicePixels(size_.width()) - 1);
+    h.I32(devicePixels(size_.height()) - 1);
     h.I32(0); // frame in 0.01 mm
     h.I32(0);
-    h.I32(hundredthsOfMm(size_.width(), deviceWidthMm, deviceWidth));
-    h.I32(hundredthsOfMm(size_.height(), deviceHeightMm, deviceHeight));
+    h.I32(hundredthsOfMm(size_.width()));
+    h.I32(hundredthsOfMm(size_.height()));
     h.U32(0x464D4520); // " EMF"
     h.U32(0x00010000);
     h.U32(quint32(headerSize + description.data.size() + r.bytes.data.size()));
@@ -347,7 +412,9 @@ enum : quint16 {
     META_POLYGON = 0x0324,
     META_POLYLINE = 0x0325,
     META_POLYPOLYGON = 0x0538,
+    META_STRETCHDIB = 0x0F43,
 };
+constexpr quint32 SRCCOPY = 0x00CC0020;
 constexpr quint16 MM_ANISOTROPIC = 8, PS_NULL = 5, BS_NULL = 1;
 
 struct WmfRecords
@@ -423,6 +490,26 @@ QByteArray MetafileDrawing::Wmf(QString *error) const
             if (error)
                 *error = OutOfRange(i);
             return {};
+        }
+        if (shape.kind == MetaShape::Kind::Bitmap) {
+            const QByteArray dib = Dib(shape.image, shape.bitmapDepth, shape.bitFields);
+            if (dib.isEmpty()) {
+                if (error)
+                    *error = QStringLiteral("shape %1 has more colours than %2 bits hold")
+                                 .arg(i + 1)
+                                 .arg(shape.bitmapDepth);
+                return {};
+            }
+            const QRect box = BoundsOf(*rings);
+            Bytes b;
+            b.U32(SRCCOPY);
+            b.U16(0); // the colour table holds colours, not palette indices
+            for (const int v : {shape.image.height(), shape.image.width(), 0, 0, box.height() - 1,
+                     box.width() - 1, box.top(), box.left()})
+                b.I16(v);
+            b.data += dib;
+            r.Add(META_STRETCHDIB, b);
+            continue;
         }
         // A new object is selected before the old one goes, so nothing
         // selected is ever deleted.

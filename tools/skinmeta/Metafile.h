@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QColor>
+#include <QImage>
 #include <QList>
 #include <QPolygonF>
 #include <QSize>
@@ -13,7 +14,7 @@
 
 struct MetaShape
 {
-    enum class Kind { Polygon, Polyline };
+    enum class Kind { Polygon, Polyline, Bitmap };
     Kind kind = Kind::Polygon;
     // Polygon: one or more closed rings, filled by the non-zero winding
     // rule, so a hole runs the other way round; Polyline: one open line.
@@ -22,6 +23,13 @@ struct MetaShape
     QColor fill; // invalid: not filled
     QColor stroke; // invalid: no outline
     double strokeWidth = 1;
+    // Bitmap (WMF only): `image` stretched over the rings' bounding box,
+    // stored as a device-independent bitmap of `bitmapDepth` bits (1, 4, 8,
+    // 16, 24 or 32), with its channels given by masks when `bitFields`
+    // (16 bits: 5-6-5, else 5-5-5).
+    QImage image;
+    int bitmapDepth = 24;
+    bool bitFields = false;
 };
 
 class MetafileDrawing
@@ -37,6 +45,9 @@ public:
     { }
 
     void Add(const MetaShape &shape) { shapes_.append(shape); }
+    // The EMF's reference device, in pixels to the inch. Its frame gives the
+    // same size whatever the device; drawing programs often take 1200.
+    void SetReferenceDpi(int dpi) { referenceDpi_ = dpi; }
     QSize Size() const { return size_; }
     const QList<MetaShape> &Shapes() const { return shapes_; }
 
@@ -49,4 +60,5 @@ private:
     QSize size_;
     QString title_;
     QList<MetaShape> shapes_;
+    int referenceDpi_ = 96;
 };
