@@ -10,14 +10,42 @@
 
 #include <QCloseEvent>
 #include <QDir>
+#include <QEventLoop>
 #include <QLabel>
 #include <QMenuBar>
+#include <QThread>
 
 namespace {
 
 QString JoinLines(std::initializer_list<QString> lines)
 {
     return QStringList(lines).join(QStringLiteral("\r\n"));
+}
+
+// Reads the picture on a thread of its own: the window repaints meanwhile
+// and Exit still works, while every other command waits for the picture.
+// `left` tells whether the window was closed before the picture came.
+QImage ReadPictureAside(QMainWindow &window, const QAction *exit, const QString &path, bool &left)
+{
+    const bool shown = window.isVisible();
+    QList<std::pair<QAction *, bool>> paused;
+    for (QAction *action : window.findChildren<QAction *>())
+        if (action != exit && !action->menu())
+            paused.append({action, action->isEnabled()}), action->setEnabled(false);
+    QImage picture;
+    QThread *reader = QThread::create([&picture, path] { picture = LoadPicture(path); });
+    QEventLoop waiting;
+    QObject::connect(reader, &QThread::finished, &waiting, &QEventLoop::quit);
+    reader->start();
+    // Leaving the program ends the wait early; the reader still ends first.
+    if (!reader->isFinished())
+        waiting.exec();
+    reader->wait();
+    delete reader;
+    for (const auto &[action, enabled] : paused)
+        action->setEnabled(enabled);
+    left = shown && !window.isVisible();
+    return picture;
 }
 
 } // namespace
@@ -151,7 +179,11 @@ void frmMain::ApplySkin(const QString &skinName)
     const QString path = SkinPath(skinName);
     bool cut = false;
     if (IsPlainFileName(skinName)) {
-        piclipSkin.SetPicture(LoadPicture(path));
+        bool left = false;
+        const QImage read = ReadPictureAside(*this, mnuExit, path, left);
+        if (left)
+            return; // the player left meanwhile: nothing is applied or stored
+        piclipSkin.SetPicture(read);
         cut = !piclipSkin.Picture().isNull();
         for (const SkinArea &area : SkinAreas) {
             if (!cut)

@@ -1,5 +1,6 @@
 #include "modMain.h"
 
+#include "files/RawFile.h"
 #include "files/Settings.h"
 #include "frmMain.h"
 #include "platform/QtPlatform.h"
@@ -13,6 +14,7 @@
 #include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -57,6 +59,27 @@ bool SettingNamesPresentSkin(const QString &folder, const QString &settingsPath)
         && QFileInfo(folder + QStringLiteral("/skins/") + setting).isFile();
 }
 
+// The folder of the running program as the file system names it. Qt gives
+// an empty or altered name for one its file-name encoding cannot hold, and
+// every path built on that would land elsewhere, the root included: such a
+// folder is refused, named as near as the encoding allows.
+QString ProgramFolder(Platform &platform)
+{
+    QByteArray exe(4096, '\0');
+    const ssize_t length = ::readlink("/proc/self/exe", exe.data(), size_t(exe.size()));
+    const QByteArray native
+        = length > 0 ? exe.left(exe.left(length).lastIndexOf('/')) : QByteArray();
+    const QString folder = QCoreApplication::applicationDirPath();
+    const bool faithful
+        = native.isEmpty() || QFile::encodeName(QFile::decodeName(native)) == native;
+    if (QFileInfo(folder).isAbsolute() && faithful)
+        return folder;
+    ReportStartupFailure(platform,
+        QStringLiteral("An error has occurred while attempting to use the program's folder"),
+        native.isEmpty() ? folder : QFile::decodeName(native), ErrorFromErrno(EILSEQ).description);
+    return {};
+}
+
 } // namespace
 
 void InitAppFiles(const QString &programFolder, Platform &platform, bool &ok)
@@ -66,6 +89,8 @@ void InitAppFiles(const QString &programFolder, Platform &platform, bool &ok)
     if (!ok)
         return;
     const QString settingsPath = programFolder + QStringLiteral("/qvl.ini");
+    RemoveReplaceLeftovers(settingsPath);
+    RemoveNewFileLeftovers(programFolder + QStringLiteral("/saved"));
     if (QFileInfo(settingsPath).isFile() && SettingNamesPresentSkin(programFolder, settingsPath))
         return;
     if (const FileError error = WriteSkinSetting(settingsPath, DefaultSkin)) {
@@ -81,14 +106,17 @@ int Main(int argc, char **argv)
     QApplication app(argc, argv);
     app.setWindowIcon(QIcon(QStringLiteral(":/quorvel/icon.png")));
     QtPlatform platform;
-    const QString folder = QCoreApplication::applicationDirPath();
-    bool ok = false;
-    InitAppFiles(folder, platform, ok);
+    const QString folder = ProgramFolder(platform);
+    bool ok = !folder.isEmpty();
+    if (ok)
+        InitAppFiles(folder, platform, ok);
     if (!ok)
         return 1;
     frmMain form(platform, folder);
     form.Form_Load();
     if (form.Ended())
         return 1;
+    if (!form.isVisible())
+        return 0; // left while the skin was being read
     return app.exec();
 }

@@ -1,6 +1,7 @@
 // Enhanced metafiles are turned into SVG by libemf2svg and drawn by Qt SVG.
 #include "Metafiles.h"
 
+#include "PictureBudget.h"
 #include "PictureFormats.h"
 
 #include <QPainter>
@@ -62,6 +63,8 @@ QImage DrawEmf(QByteArrayView file, QString *reason)
                 .arg(place.width)
                 .arg(place.height));
     const QSize size(int(place.width), int(place.height));
+    if (const QString why = CheckEmfWork(file, size); !why.isEmpty())
+        return Fail(reason, why);
 
     // The converter maps the header's bounds onto the SVG it writes, so
     // they are set to the picture's own place: one SVG unit is then one
