@@ -5,8 +5,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -150,12 +150,32 @@ void RemoveIfAbandoned(const QString &folder, const QString &name, qint64 pid)
     ::unlink(path.constData());
 }
 
-void RemoveMatching(const QString &folder, const QRegularExpression &pattern)
+// The process number of a temporary name: `<stem>.<pid>-<n>` whose stem
+// passes `wanted`; 0 for any other name.
+template<typename Wanted>
+qint64 WriterOf(const QString &name, Wanted wanted)
+{
+    const qsizetype dash = name.lastIndexOf(QLatin1Char('-'));
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'), dash);
+    if (dash < 0 || dot <= 0 || !wanted(name.left(dot)))
+        return 0;
+    const auto digits = [](QStringView text) {
+        return !text.isEmpty()
+            && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); });
+    };
+    const QStringView view(name);
+    if (!digits(view.sliced(dash + 1)) || !digits(view.sliced(dot + 1, dash - dot - 1)))
+        return 0;
+    return view.sliced(dot + 1, dash - dot - 1).toLongLong();
+}
+
+template<typename Wanted>
+void RemoveMatching(const QString &folder, Wanted wanted)
 {
     const QStringList names = QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System);
     for (const QString &name : names)
-        if (const QRegularExpressionMatch match = pattern.match(name); match.hasMatch())
-            RemoveIfAbandoned(folder, name, match.captured(1).toLongLong());
+        if (const qint64 pid = WriterOf(name, wanted))
+            RemoveIfAbandoned(folder, name, pid);
 }
 
 FileError RewriteInPlace(const QByteArray &native, const QByteArray &bytes)
@@ -281,14 +301,12 @@ FileError ReplaceFile(const QString &path, const QByteArray &bytes)
 void RemoveReplaceLeftovers(const QString &path)
 {
     const QFileInfo info(path);
-    RemoveMatching(info.path(),
-        QRegularExpression(QRegularExpression::anchoredPattern(
-            QRegularExpression::escape(info.fileName()) + QStringLiteral("\\.(\\d+)-\\d+"))));
+    RemoveMatching(info.path(), [&info](const QString &stem) { return stem == info.fileName(); });
 }
 
 void RemoveNewFileLeftovers(const QString &folder)
 {
+    // CreateWhole's names: the file's own name after a dot.
     RemoveMatching(folder,
-        QRegularExpression(
-            QRegularExpression::anchoredPattern(QStringLiteral("\\..+\\.(\\d+)-\\d+"))));
+        [](const QString &stem) { return stem.size() > 1 && stem.startsWith(QLatin1Char('.')); });
 }
