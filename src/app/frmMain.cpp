@@ -10,8 +10,12 @@
 
 #include <QCloseEvent>
 #include <QDir>
+#include <QEventLoop>
 #include <QLabel>
 #include <QMenuBar>
+#include <QThread>
+
+#include <functional>
 
 namespace {
 
@@ -64,6 +68,33 @@ private:
     frmMain &form_;
     QSize centredBy_;
 };
+
+// Reads the picture on a thread of its own: the window repaints meanwhile
+// and Exit still works, while every other command waits for the picture.
+// `left` tells whether the window was closed before the picture came.
+QImage ReadPictureAside(
+    QMainWindow &window, const QAction *exit, bool &left, const std::function<QImage()> &read)
+{
+    const bool shown = window.isVisible();
+    QList<std::pair<QAction *, bool>> paused;
+    for (QAction *action : window.findChildren<QAction *>())
+        if (action != exit && !action->menu())
+            paused.append({action, action->isEnabled()}), action->setEnabled(false);
+    QImage picture;
+    QThread *reader = QThread::create([&picture, &read] { picture = read(); });
+    QEventLoop waiting;
+    QObject::connect(reader, &QThread::finished, &waiting, &QEventLoop::quit);
+    reader->start();
+    // Leaving the program ends the wait early; the reader still ends first.
+    if (!reader->isFinished())
+        waiting.exec();
+    reader->wait();
+    delete reader;
+    for (const auto &[action, enabled] : paused)
+        action->setEnabled(enabled);
+    left = shown && !window.isVisible();
+    return picture;
+}
 
 } // namespace
 
@@ -196,10 +227,21 @@ void frmMain::ApplySkin(const QString &skinName)
     const QString path = SkinPath(skinName);
     bool cut = false;
     if (IsPlainFileName(skinName)) {
-        piclipSkin.SetPicture(LoadPicture(path));
-        cut = !piclipSkin.Picture().isNull();
+        bool left = false;
+        const qreal ratio = devicePixelRatioF();
         qreal scale = 1;
-        const QImage fine = LoadFinePicture(path, piclipSkin.Picture(), devicePixelRatioF(), scale);
+        QImage fine;
+        // The sharper rendering for a scaled screen is read aside too: a
+        // metafile is drawn again at the screen's resolution.
+        const QImage read = ReadPictureAside(*this, mnuExit, left, [&] {
+            QImage picture = LoadPicture(path);
+            fine = LoadFinePicture(path, picture, ratio, scale);
+            return picture;
+        });
+        if (left)
+            return; // the player left meanwhile: nothing is applied or stored
+        piclipSkin.SetPicture(read);
+        cut = !piclipSkin.Picture().isNull();
         if (!fine.isNull())
             piclipSkin.SetFinePicture(fine, scale);
         for (const SkinArea &area : SkinAreas) {

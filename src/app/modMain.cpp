@@ -1,6 +1,7 @@
 #include "modMain.h"
 
 #include "ProgramFolders.h"
+#include "files/RawFile.h"
 #include "files/Settings.h"
 #include "frmMain.h"
 #include "platform/QtPlatform.h"
@@ -16,6 +17,7 @@
 #include <filesystem>
 #include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 
@@ -73,6 +75,27 @@ bool SettingNamesPresentSkin(const ProgramFolders &folders, const QString &setti
     return IsPlainFileName(setting) && QFileInfo(folders.SkinPath(setting)).isFile();
 }
 
+// The folder of the running program as the file system names it. Qt gives
+// an empty or altered name for one its file-name encoding cannot hold, and
+// every path built on that would land elsewhere, the root included: such a
+// folder is refused, named as near as the encoding allows.
+QString ProgramFolder(Platform &platform)
+{
+    QByteArray exe(4096, '\0');
+    const ssize_t length = ::readlink("/proc/self/exe", exe.data(), size_t(exe.size()));
+    const QByteArray native
+        = length > 0 ? exe.left(exe.left(length).lastIndexOf('/')) : QByteArray();
+    const QString folder = QCoreApplication::applicationDirPath();
+    const bool faithful
+        = native.isEmpty() || QFile::encodeName(QFile::decodeName(native)) == native;
+    if (QFileInfo(folder).isAbsolute() && faithful)
+        return folder;
+    ReportStartupFailure(platform,
+        QStringLiteral("An error has occurred while attempting to use the program's folder"),
+        native.isEmpty() ? folder : QFile::decodeName(native), ErrorFromErrno(EILSEQ).description);
+    return {};
+}
+
 } // namespace
 
 void InitAppFiles(const ProgramFolders &folders, Platform &platform, bool &ok)
@@ -84,6 +107,8 @@ void InitAppFiles(const ProgramFolders &folders, Platform &platform, bool &ok)
     if (!ok)
         return;
     const QString settingsPath = player + QStringLiteral("/qvl.ini");
+    RemoveReplaceLeftovers(settingsPath);
+    RemoveNewFileLeftovers(player + QStringLiteral("/saved"));
     if (QFileInfo(settingsPath).isFile() && SettingNamesPresentSkin(folders, settingsPath))
         return;
     if (const FileError error = WriteSkinSetting(settingsPath, DefaultSkin)) {
@@ -99,7 +124,10 @@ int Main(int argc, char **argv)
     QApplication app(argc, argv);
     app.setWindowIcon(QIcon(QStringLiteral(":/quorvel/icon.png")));
     QtPlatform platform;
-    const ProgramFolders folders = FindProgramFolders(QCoreApplication::applicationDirPath());
+    const QString folder = ProgramFolder(platform);
+    if (folder.isEmpty())
+        return 1;
+    const ProgramFolders folders = FindProgramFolders(folder);
     bool ok = false;
     InitAppFiles(folders, platform, ok);
     if (!ok)
@@ -108,5 +136,7 @@ int Main(int argc, char **argv)
     form.Form_Load();
     if (form.Ended())
         return 1;
+    if (!form.isVisible())
+        return 0; // left while the skin was being read
     return app.exec();
 }

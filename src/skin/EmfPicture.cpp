@@ -1,6 +1,7 @@
 // Enhanced metafiles are turned into SVG by libemf2svg and drawn by Qt SVG.
 #include "Metafiles.h"
 
+#include "PictureBudget.h"
 #include "PictureFormats.h"
 
 #include <QPainter>
@@ -89,6 +90,9 @@ QImage DrawEmf(QByteArrayView file, QString *reason, qreal scale)
                 .arg(size.height()));
     if (place.width < 1 || place.height < 1)
         return Fail(reason, QStringLiteral("the EMF picture has no place on its device"));
+    // The work is that of the pixels drawn, on a scaled screen too.
+    if (const QString why = CheckEmfWork(file, (QSizeF(size) * scale).toSize()); !why.isEmpty())
+        return Fail(reason, why);
 
     // The converter maps the header's bounds onto the SVG it writes, so
     // they are set to the picture's own place: one SVG unit is then one

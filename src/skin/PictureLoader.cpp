@@ -1,6 +1,7 @@
 #include "PictureLoader.h"
 
 #include "Metafiles.h"
+#include "PictureBudget.h"
 #include "PictureFormats.h"
 
 #include <QBuffer>
@@ -75,15 +76,23 @@ QImage Decode(const QString &path, QString *reason, qreal metafileScale, Picture
         return damage.isEmpty() ? ReadRaster(bytes, "bmp", reason) : Fail(reason, damage);
     case PictureFormat::Gif:
         damage = CheckGif(bytes);
+        if (damage.isEmpty())
+            damage = CheckGifFrames(bytes, AllocationLimit / 4);
         return damage.isEmpty() ? ReadRaster(bytes, "gif", reason) : Fail(reason, damage);
     case PictureFormat::Jpeg:
         damage = CheckJpeg(bytes);
+        if (damage.isEmpty())
+            damage = CheckJpegWork(bytes);
         return damage.isEmpty() ? ReadRaster(bytes, "jpeg", reason) : Fail(reason, damage);
     case PictureFormat::Wmf:
         damage = CheckWmf(bytes);
+        if (damage.isEmpty())
+            damage = CheckMetafileRecords(PictureFormat::Wmf, bytes);
         return damage.isEmpty() ? DrawWmf(bytes, reason, metafileScale) : Fail(reason, damage);
     case PictureFormat::Emf:
         damage = CheckEmf(bytes);
+        if (damage.isEmpty())
+            damage = CheckMetafileRecords(PictureFormat::Emf, bytes);
         return damage.isEmpty() ? DrawEmf(bytes, reason, metafileScale) : Fail(reason, damage);
     case PictureFormat::Unknown:
         break;

@@ -1,6 +1,7 @@
 // Windows metafiles are played by libwmf onto its raster device.
 #include "Metafiles.h"
 
+#include "PictureBudget.h"
 #include "PictureFormats.h"
 
 #include <QPainter>
@@ -214,6 +215,8 @@ QImage DrawWmf(QByteArrayView file, QString *reason, qreal scale)
     // The device hands its picture over as PNG through a sink and frees
     // its own image; an image handed over raw could not be freed here.
     const int factor = Oversampling(size);
+    if (const QString why = CheckWmfWork(file, size * factor); !why.isEmpty())
+        return Fail(reason, why);
     QByteArray png;
     wmf_gd_t *device = WMF_GD_GetData(player.api);
     device->type = wmf_gd_png;

@@ -13,6 +13,7 @@
 #include "game/Solver.h"
 #include "platform/QtPlatform.h"
 #include "support/BoardText.h"
+#include "support/HostilePictures.h"
 #include "support/MainWindow.h"
 #include "support/ProgramFolder.h"
 #include "support/XSession.h"
@@ -273,6 +274,17 @@ const Files LockMade = {{"qvl-player.ini.lock", ""}};
 
 const auto AsItIs = [](Folder &) { return true; };
 
+// The default skin replaced by one of the pictures that cost too much.
+std::function<bool(Folder &)> Hostile(const char *name)
+{
+    return [name](Folder &f) {
+        for (const HostilePicture &picture : HostilePictures())
+            if (QByteArray(picture.name) == name)
+                return f.Put("skins/default.bmp", picture.make());
+        return false;
+    };
+}
+
 const std::vector<Fault> Faults = {
     {"level-file-missing", [](Folder &f) { return f.Remove("QVL.ZHN"); },
         {LevelError + "2 No such file or directory"}, true},
@@ -290,6 +302,12 @@ const std::vector<Fault> Faults = {
     {"skin-too-small",
         [](Folder &f) { return KnownSkin(369, 380).save(f.File("skins/default.bmp"), "BMP"); },
         {SkinError}, true},
+    {"skin-emf-many-records", Hostile("emf-many-records"), {SkinError}, true},
+    {"skin-emf-large-drawing", Hostile("emf-large-drawing"), {SkinError}, true},
+    {"skin-wmf-large-drawing", Hostile("wmf-large-drawing"), {SkinError}, true},
+    {"skin-jpeg-repeated-scans", Hostile("jpeg-repeated-scans"), {SkinError}, true},
+    {"skin-jpeg-many-scans", Hostile("jpeg-many-scans"), {SkinError}, true},
+    {"skin-gif-frame-beyond-its-screen", Hostile("gif-frame-beyond-its-screen"), {SkinError}, true},
     {"skins-folder-missing", [](Folder &f) { return QDir(f.File("skins")).removeRecursively(); },
         {SkinError}, true, Needs::Nothing, Act::StartUp, {}, {{"skins", "<folder>"}}},
     {"settings-unreadable", [](Folder &f) { return f.Unreadable("qvl.ini"); }, {}, false,
