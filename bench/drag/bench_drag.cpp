@@ -32,7 +32,7 @@ void RulesPointerMove(benchmark::State &state)
         const DragStep step
             = DecideDragMove(game, drag, MouseCell(30, 270, float(col * 60 + 10), 10, 1, 1));
         benchmark::DoNotOptimize(step);
-        drag.lastCol = step.mouse.col;
+        FollowPointer(drag, step);
         col = int16_t(3 - col); // 1, 2, 1, 2: every move enters another cell
     }
 }
@@ -45,7 +45,7 @@ void RulesDrop(benchmark::State &state)
     for (auto _ : state) {
         GameState game = start;
         const Drop drop = DecideDrop(game, drag, {2, 4});
-        CarryOutDrop(game, 8, drag, drop);
+        MakeStep(game, drop.move);
         benchmark::DoNotOptimize(game.board);
     }
 }

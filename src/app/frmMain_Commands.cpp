@@ -40,6 +40,7 @@ void frmMain::NewGame()
             chooser.lisLevel->addItem(QStringLiteral("Level ") + QString::number(i + 1)
                 + QStringLiteral(" - ") + levels[i].levelName);
         chooser.exec();
+        newLevel = chooser.newLevel;
     }
     if (newLevel <= -1)
         return;
@@ -153,6 +154,7 @@ void frmMain::mnuLoadGame_Click()
         chooser.SetFolder(folder_ + QStringLiteral("/saved/"));
         chooser.SetPattern(QStringLiteral("*.sav"));
         chooser.exec();
+        absFilename = chooser.absFilename;
     }
     if (absFilename.isEmpty())
         return;
@@ -185,6 +187,7 @@ void frmMain::mnuSetSkin_Click()
         chooser.SetFolder(folder_ + QStringLiteral("/skins/"));
         chooser.SetPattern(QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
         chooser.exec();
+        absFilename = chooser.absFilename;
     }
     if (!absFilename.isEmpty())
         ApplySkin(absFilename);

@@ -1,8 +1,10 @@
-// The level chooser: 70 rows, one per level, and two buttons. It answers
-// through the main window's newLevel: the chosen row, or -1 for Cancel.
+// The level chooser: 70 rows, one per level, and two buttons. Its answer,
+// once it has closed, is newLevel: the chosen row, or -1 for Cancel.
 #pragma once
 
 #include <QDialog>
+
+#include <cstdint>
 
 class QListWidget;
 class QPushButton;
@@ -17,6 +19,7 @@ public:
     QListWidget *lisLevel = nullptr;
     QPushButton *cmdSetLevel = nullptr;
     QPushButton *cmdCancel = nullptr;
+    int16_t newLevel = -1;
 
     void Form_Load();
     void cmdSetLevel_Click();

@@ -287,7 +287,7 @@ void tst_Rules::drop()
         QCOMPARE(drop.topLeft,
             (Cell {int16_t(pressed.col - drag.grabCol), int16_t(pressed.row - drag.grabRow)}));
     if (drop.kind == Drop::Straight)
-        CarryOutDrop(game, int16_t(piece), drag, drop);
+        MakeStep(game, drop.move);
     QCOMPARE(BoardPicture(game), after);
     QCOMPARE(game.steps, steps);
 }
