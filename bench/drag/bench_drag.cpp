@@ -121,6 +121,25 @@ void HandlerDrop(benchmark::State &state)
 }
 BENCHMARK(HandlerDrop);
 
+// The same drop with the fewest steps left on the step line: the difference
+// to HandlerDrop is the update after a step.
+void HandlerDropWithFewestLeft(benchmark::State &state)
+{
+    Window window;
+    frmMain &form = *window.form;
+    form.SetShowFewestStepsLeft(true);
+    form.ShowStatus(); // the guide is built here, on the first display
+    for (auto _ : state) {
+        state.PauseTiming();
+        form.game.SetUp(form.levels[0].codes);
+        form.PlacePieces();
+        form.imgPieces_MouseDown(8, 1, 0, 10, 10);
+        state.ResumeTiming();
+        form.imgPieces_MouseUp(8, 1, 0, 130, 10);
+    }
+}
+BENCHMARK(HandlerDropWithFewestLeft);
+
 } // namespace
 
 int main(int argc, char **argv)

@@ -148,7 +148,7 @@ private:
     // After the rules made a step: the image follows (gliding for a hint),
     // the game counts as changed, the status line and the Game menu catch
     // up, and the big block on the exit wins.
-    void ShowStep(const Move &move, bool glide = false);
+    void ShowStep(const Move &move, bool glide = false, bool takenBack = false);
     void Glide(const Move &move);
     // Lands a gliding block on its cell at once; every command and key does
     // this first, so no block is ever left between cells.

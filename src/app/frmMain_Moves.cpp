@@ -96,7 +96,7 @@ void frmMain::imgPieces_MouseUp([[maybe_unused]] int16_t Index, int16_t Button,
     }
 }
 
-void frmMain::ShowStep(const Move &move, bool glide)
+void frmMain::ShowStep(const Move &move, bool glide, bool takenBack)
 {
     if (glide)
         Glide(move);
@@ -105,7 +105,9 @@ void frmMain::ShowStep(const Move &move, bool glide)
     gameChanged = true;
     ShowStatus();
     UpdateGameMenu();
-    if (!glide)
+    // Taking back a step is no step towards the exit: a big block it puts
+    // back on the exit stands there as at a level that starts solved.
+    if (!glide && !takenBack)
         WinIfSolved(move);
 }
 
@@ -206,7 +208,7 @@ void frmMain::mnuUndo_Click()
     if (!playing_ || drag.dragging)
         return;
     if (const std::optional<Move> step = history.Undo(game))
-        ShowStep(*step);
+        ShowStep(*step, false, true);
 }
 
 void frmMain::mnuRedo_Click()

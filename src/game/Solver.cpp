@@ -700,6 +700,12 @@ Guide::Guide(const Layout &start)
     std::vector<int32_t> firstNeighbour;
     std::vector<int32_t> neighbours;
     std::vector<int32_t> queue; // places of the solved positions, then the search
+    // Room for the largest group, so that the search never copies.
+    constexpr size_t LargestGroup = 26000;
+    group.reserve(LargestGroup);
+    firstNeighbour.reserve(LargestGroup + 1);
+    neighbours.reserve(LargestGroup * 8);
+    queue.reserve(LargestGroup);
     const int32_t first = numbering.IndexOf(BoardOfLayout(start));
     order_[first] = 0;
     group.push_back(first);

@@ -75,9 +75,13 @@ private slots:
     void savesChangesAndLoadsTheGameBack();
 
 private:
+    // The pressed block wears the selection frame, five pixels wide: only
+    // the picture inside it is compared.
     bool BlockOn(const QImage &shot, int piece, int16_t code) const
     {
-        return Shows(shot, origin + CellPixel(code), SkinPicture(piece));
+        const QImage picture = SkinPicture(piece);
+        return Shows(shot, origin + CellPixel(code) + QPoint(5, 5),
+            picture.copy(picture.rect().adjusted(5, 5, -5, -5)));
     }
     bool WaitForBlock(int piece, int16_t code)
     {
