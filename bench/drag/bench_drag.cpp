@@ -66,7 +66,9 @@ struct Window
         form = std::make_unique<frmMain>(platform, dir.path());
         form->Form_Load();
         form->game.steps = 0;
-        form->levels[0].codes = {0, 20, 30, 3, 32, 23, 21, 22, 40, 43};
+        // A sound layout, as the guide of the fewest steps needs one; block 8
+        // has two free cells to its right, as on the rules' board.
+        form->levels[0].codes = {1, 21, 0, 3, 20, 23, 31, 32, 40, 43};
         form->game.SetUp(form->levels[0].codes);
         form->PlacePieces();
         form->ShowBoard();

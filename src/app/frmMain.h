@@ -156,6 +156,9 @@ private:
     void WinIfSolved(const Move &move);
     void UpdateGameMenu();
     void Select(int16_t piece);
+    // Fewest steps from the board to the exit, or Guide::Unsolvable; builds
+    // the guide on the first question in a group of positions.
+    int StepsLeft(const Layout &codes);
     QString FewestStepsLeftText();
     QString LevelPath() const;
     QString SkinPath(const QString &skinName) const;

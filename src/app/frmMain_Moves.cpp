@@ -238,15 +238,14 @@ void frmMain::mnuHint_Click()
     if (!playing_ || drag.dragging)
         return;
     const Layout codes = game.EncodePositions();
-    if (!guide_ || !guide_->Knows(codes))
-        guide_ = std::make_unique<Guide>(codes);
-    if (guide_->StepsLeft(codes) == 0) {
+    const int left = StepsLeft(codes);
+    if (left == 0) {
         // Only a game that began with the big block on the exit gets here:
         // the way out needs no step, so the hint ends the game.
         FinishGame();
         return;
     }
-    const std::optional<Move> step = guide_->NextStep(codes);
+    const std::optional<Move> step = left > 0 ? guide_->NextStep(codes) : std::nullopt;
     if (!step) {
         platform_.MsgBox(this, QStringLiteral("There is no way out from this position."),
             Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Hint"));
@@ -256,12 +255,18 @@ void frmMain::mnuHint_Click()
     ShowStep(*step, true);
 }
 
-QString frmMain::FewestStepsLeftText()
+int frmMain::StepsLeft(const Layout &codes)
 {
-    const Layout codes = game.EncodePositions();
     if (!guide_ || !guide_->Knows(codes))
         guide_ = std::make_unique<Guide>(codes);
-    const int left = guide_->StepsLeft(codes);
+    // Only a board that fails the layout checks is unknown to a fresh guide;
+    // play never makes one, and it has no way out.
+    return guide_->Knows(codes) ? guide_->StepsLeft(codes) : int(Guide::Unsolvable);
+}
+
+QString frmMain::FewestStepsLeftText()
+{
+    const int left = StepsLeft(game.EncodePositions());
     if (left == Guide::Unsolvable)
         return QStringLiteral(" - no way out");
     return QStringLiteral(" - fewest left: ") + QString::number(left);
