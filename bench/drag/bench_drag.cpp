@@ -32,7 +32,7 @@ void RulesPointerMove(benchmark::State &state)
         const DragStep step
             = DecideDragMove(game, drag, MouseCell(30, 270, float(col * 60 + 10), 10, 1, 1));
         benchmark::DoNotOptimize(step);
-        drag.lastCol = step.mouse.col;
+        FollowPointer(drag, step);
         col = int16_t(3 - col); // 1, 2, 1, 2: every move enters another cell
     }
 }
@@ -45,7 +45,7 @@ void RulesDrop(benchmark::State &state)
     for (auto _ : state) {
         GameState game = start;
         const Drop drop = DecideDrop(game, drag, {2, 4});
-        CarryOutDrop(game, 8, drag, drop);
+        MakeStep(game, drop.move);
         benchmark::DoNotOptimize(game.board);
     }
 }
@@ -66,7 +66,9 @@ struct Window
         form = std::make_unique<frmMain>(platform, dir.path());
         form->Form_Load();
         form->game.steps = 0;
-        form->levels[0].codes = {0, 20, 30, 3, 32, 23, 21, 22, 40, 43};
+        // A sound layout, as the guide of the fewest steps needs one; block 8
+        // has two free cells to its right, as on the rules' board.
+        form->levels[0].codes = {1, 21, 0, 3, 20, 23, 31, 32, 40, 43};
         form->game.SetUp(form->levels[0].codes);
         form->PlacePieces();
         form->ShowBoard();
@@ -120,6 +122,25 @@ void HandlerDrop(benchmark::State &state)
     }
 }
 BENCHMARK(HandlerDrop);
+
+// The same drop with the fewest steps left on the step line: the difference
+// to HandlerDrop is the update after a step.
+void HandlerDropWithFewestLeft(benchmark::State &state)
+{
+    Window window;
+    frmMain &form = *window.form;
+    form.SetShowFewestStepsLeft(true);
+    form.ShowStatus(); // the guide is built here, on the first display
+    for (auto _ : state) {
+        state.PauseTiming();
+        form.game.SetUp(form.levels[0].codes);
+        form.PlacePieces();
+        form.imgPieces_MouseDown(8, 1, 0, 10, 10);
+        state.ResumeTiming();
+        form.imgPieces_MouseUp(8, 1, 0, 130, 10);
+    }
+}
+BENCHMARK(HandlerDropWithFewestLeft);
 
 } // namespace
 

@@ -4,6 +4,7 @@
 #include "game/Moves.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 
 ImageControl::ImageControl(QWidget *parent)
     : QLabel(parent)
@@ -96,4 +97,26 @@ int16_t ShiftCode(Qt::KeyboardModifiers modifiers)
     if (modifiers & Qt::AltModifier)
         code = int16_t(code | 4);
     return code;
+}
+
+void BlockImage::SetSelected(bool selected)
+{
+    if (selected == selected_)
+        return;
+    selected_ = selected;
+    update();
+}
+
+void BlockImage::paintEvent(QPaintEvent *event)
+{
+    ImageControl::paintEvent(event);
+    if (!selected_)
+        return;
+    QPainter painter(this);
+    const QRect outer = rect().adjusted(0, 0, -1, -1);
+    painter.setPen(QPen(Qt::black, 1));
+    painter.drawRect(outer);
+    painter.drawRect(outer.adjusted(4, 4, -4, -4));
+    painter.setPen(QPen(QColor(255, 214, 0), 3, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+    painter.drawRect(outer.adjusted(2, 2, -2, -2));
 }

@@ -40,7 +40,13 @@ class BlockImage : public ImageControl
 public:
     BlockImage(frmMain &form, int16_t index, QWidget *parent);
 
+    // The keyboard's selection: a frame over the picture, dark and light
+    // lines together so that it shows on any skin.
+    void SetSelected(bool selected);
+    bool Selected() const { return selected_; }
+
 protected:
+    void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -49,6 +55,7 @@ protected:
 private:
     frmMain &form_;
     int16_t index_;
+    bool selected_ = false;
 };
 
 // Mouse buttons and modifier keys as the handlers count them: left 1, right

@@ -130,11 +130,29 @@ void frmMain::BuildMenus()
     mnuSetSkin = mnuFile->addAction(QStringLiteral("Set S&kin"), this, &frmMain::mnuSetSkin_Click);
     mnuFile->addSeparator();
     mnuExit = mnuFile->addAction(QStringLiteral("E&xit"), this, &frmMain::mnuExit_Click);
+    QMenu *mnuGame = menuBar()->addMenu(QStringLiteral("&Game"));
+    mnuUndo = mnuGame->addAction(QStringLiteral("&Undo"), this, &frmMain::mnuUndo_Click);
+    mnuUndo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
+    mnuRedo = mnuGame->addAction(QStringLiteral("&Redo"), this, &frmMain::mnuRedo_Click);
+    mnuRedo->setShortcuts(
+        {QKeySequence(Qt::CTRL | Qt::Key_Y), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)});
+    mnuRestart
+        = mnuGame->addAction(QStringLiteral("Re&start Level"), this, &frmMain::mnuRestart_Click);
+    mnuRestart->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
+    mnuGame->addSeparator();
+    mnuHint = mnuGame->addAction(QStringLiteral("&Hint"), this, &frmMain::mnuHint_Click);
+    mnuHint->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_H));
+    mnuFewestSteps = mnuGame->addAction(QStringLiteral("Show &Fewest Steps Left"));
+    mnuFewestSteps->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_F));
+    mnuFewestSteps->setCheckable(true);
+    connect(mnuFewestSteps, &QAction::triggered, this, &frmMain::mnuFewestSteps_Click);
+    UpdateGameMenu();
     QMenu *mnuHelp = menuBar()->addMenu(QStringLiteral("&Help"));
     mnuHTP = mnuHelp->addAction(QStringLiteral("H&ow to Play"), this, &frmMain::mnuHTP_Click);
     mnuHelp->addSeparator();
     mnuAbout = mnuHelp->addAction(QStringLiteral("&About"), this, &frmMain::mnuAbout_Click);
     mnuFile->setObjectName(QStringLiteral("mnuFile"));
+    mnuGame->setObjectName(QStringLiteral("mnuGame"));
     mnuHelp->setObjectName(QStringLiteral("mnuHelp"));
 }
 
@@ -191,6 +209,7 @@ void frmMain::Form_Load()
     new CentreWhenFramed(*this, CentreOnScreen(*this, Screen()));
     mnuSaveGame->setEnabled(false);
     ReadSettings();
+    SetShowFewestStepsLeft(progress_.FewestStepsLeftShown());
     HideBoard();
     LoadLevels();
     if (ended_)
@@ -294,6 +313,15 @@ void frmMain::ApplySkin(const QString &skinName)
             Buttons::Ok, Icon::Critical, QStringLiteral("Quorvel - Error"));
 }
 
+void frmMain::ShowSecondPictures()
+{
+    piclipSkin.SetClip(SecondBigBlock);
+    imgPieces[0]->SetPicture(piclipSkin.Clip());
+    piclipSkin.SetClip(SecondSmallBlock);
+    for (int16_t i = 6; i <= 9; ++i)
+        imgPieces[i]->SetPicture(piclipSkin.Clip());
+}
+
 void frmMain::PositionFrame()
 {
     const ScreenMetrics s = Screen();
@@ -356,11 +384,18 @@ void frmMain::ShowStatus()
     const int16_t number = int16_t(game.levelIndex + 1);
     lblStatus->setText(QStringLiteral("Level: ") + QString::number(number) + QStringLiteral(" - ")
         + levels[game.levelIndex].levelName);
-    lblSteps->setText(QStringLiteral("Steps: ") + QString::number(game.steps));
+    lblSteps->setText(QStringLiteral("Steps: ") + QString::number(game.steps)
+        + (showFewest_ ? FewestStepsLeftText() : QString()));
+    statusShown_ = true;
 }
 
 void frmMain::SetUpBoard(const Layout &codes)
 {
+    FinishGlide();
+    Select(-1);
+    history.Clear();
+    playing_ = true;
+    UpdateGameMenu();
     game.ClearBoard();
     game.DecodePositions(codes);
     PlacePieces();

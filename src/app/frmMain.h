@@ -7,18 +7,23 @@
 #include "Progress.h"
 #include "files/LevelFile.h"
 #include "game/GameState.h"
+#include "game/History.h"
 #include "game/Moves.h"
+#include "game/Solver.h"
 #include "platform/Platform.h"
 #include "skin/PictureClip.h"
 
 #include <QMainWindow>
 
 #include <array>
+#include <memory>
+#include <optional>
 
 class BlockImage;
 class ImageControl;
 class QAction;
 class QLabel;
+class QPropertyAnimation;
 
 class frmMain : public QMainWindow
 {
@@ -34,6 +39,7 @@ public:
     QString absFilename; // the file chooser's answer; at start-up the skin setting
     bool gameChanged = false;
     Drag drag;
+    History history; // the steps of the game on the board, for Undo and Redo
 
     // The controls.
     std::array<BlockImage *, PieceCount> imgPieces {};
@@ -51,6 +57,11 @@ public:
     QAction *mnuSaveGame = nullptr;
     QAction *mnuSetSkin = nullptr;
     QAction *mnuExit = nullptr;
+    QAction *mnuUndo = nullptr;
+    QAction *mnuRedo = nullptr;
+    QAction *mnuRestart = nullptr;
+    QAction *mnuHint = nullptr;
+    QAction *mnuFewestSteps = nullptr;
     QAction *mnuHTP = nullptr;
     QAction *mnuAbout = nullptr;
 
@@ -71,6 +82,9 @@ public:
 
     // Skins.
     void ApplySkin(const QString &skinName);
+    // The big block and the small ones take their second pictures from the
+    // skin, until the next skin is applied.
+    void ShowSecondPictures();
 
     // Moving blocks.
     void imgPieces_MouseDown(int16_t Index, int16_t Button, int16_t Shift, float X, float Y);
@@ -91,13 +105,36 @@ public:
     void mnuAbout_Click();
     void Form_QueryUnload(bool &Cancel);
 
+    // The Game menu.
+    void mnuUndo_Click();
+    void mnuRedo_Click();
+    void mnuRestart_Click();
+    void mnuHint_Click();
+    void mnuFewestSteps_Click(bool checked);
+    // Shows or hides the fewest steps left on the step line, as the player's
+    // remembered choice says at start-up; tells no one.
+    void SetShowFewestStepsLeft(bool shown);
+    bool ShowsFewestStepsLeft() const { return showFewest_; }
+
+    // Keyboard play: the selected block (-1 for none), changed by Tab,
+    // Shift+Tab, Escape and a press on a block.
+    int16_t Selected() const { return selected_; }
+
     Platform &platform() const { return platform_; }
     const ProgramFolders &Folders() const { return folders_; }
     // Read anew at every use, as the screen may change its scale.
     ScreenMetrics Screen() const { return platform_.Screen(); }
 
+signals:
+    // The player switched the fewest steps left on or off.
+    void FewestStepsLeftChanged(bool shown);
+    // A game was won, by whatever step, with this count.
+    void GameWon(int16_t levelIndex, int32_t steps);
+
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
     void BuildMenus();
@@ -110,6 +147,21 @@ private:
     // Puts a checked layout on the board and shows it with the status line.
     void SetUpBoard(const Layout &codes);
     void FinishGame();
+    // After the rules made a step: the image follows (gliding for a hint),
+    // the game counts as changed, the status line and the Game menu catch
+    // up, and the big block on the exit wins.
+    void ShowStep(const Move &move, bool glide = false, bool takenBack = false);
+    void Glide(const Move &move);
+    // Lands a gliding block on its cell at once; every command and key does
+    // this first, so no block is ever left between cells.
+    void FinishGlide();
+    void WinIfSolved(const Move &move);
+    void UpdateGameMenu();
+    void Select(int16_t piece);
+    // Fewest steps from the board to the exit, or Guide::Unsolvable; builds
+    // the guide on the first question in a group of positions.
+    int StepsLeft(const Layout &codes);
+    QString FewestStepsLeftText();
     QString LevelPath() const;
     QString SkinPath(const QString &skinName) const;
     QString SettingsPath() const;
@@ -119,4 +171,12 @@ private:
     bool ending_ = false;
     bool ended_ = false;
     Progress progress_ {platform_, folders_.player};
+    bool playing_ = false; // a game is on the board and not yet won
+    bool statusShown_ = false; // the status line has shown a game
+    bool showFewest_ = false;
+    int16_t selected_ = -1;
+    // Built on the first question about the way out, never at start-up.
+    std::unique_ptr<Guide> guide_;
+    QPropertyAnimation *glide_ = nullptr;
+    std::optional<Move> gliding_;
 };

@@ -42,6 +42,7 @@ void frmMain::NewGame()
                 + QStringLiteral(" - ") + levels[i].levelName);
         progress_.ShowIn(chooser, levels);
         chooser.exec();
+        newLevel = chooser.newLevel;
     }
     if (newLevel <= -1)
         return;
@@ -156,6 +157,7 @@ void frmMain::mnuLoadGame_Click()
         chooser.SetFolder(folders_.player + QStringLiteral("/saved/"));
         chooser.SetPattern(QStringLiteral("*.sav"));
         chooser.exec();
+        absFilename = chooser.absFilename;
     }
     if (absFilename.isEmpty())
         return;
@@ -188,6 +190,7 @@ void frmMain::mnuSetSkin_Click()
         chooser.SetFolders(folders_.SkinFolders());
         chooser.SetPattern(QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
         chooser.exec();
+        absFilename = chooser.absFilename;
     }
     if (absFilename.isEmpty())
         return;

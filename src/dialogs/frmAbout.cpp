@@ -4,7 +4,6 @@
 #include "app/FormGeometry.h"
 #include "app/ImageControl.h"
 #include "app/frmMain.h"
-#include "skin/SkinLayout.h"
 
 #include <QMouseEvent>
 #include <QPushButton>
@@ -213,12 +212,7 @@ void frmAbout::imgVess_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift,
 {
     if (eggStep != 3 || Shift != 1)
         return;
-    PictureClip &clip = main_.piclipSkin;
-    clip.SetClip(SecondBigBlock);
-    main_.imgPieces[0]->SetPicture(clip.Clip());
-    clip.SetClip(SecondSmallBlock);
-    for (int16_t i = 6; i <= 9; ++i)
-        main_.imgPieces[i]->SetPicture(clip.Clip());
+    main_.ShowSecondPictures();
     main_.platform().MsgBox(this, QStringLiteral("You have found the Easter Egg!"), Buttons::Ok,
         Icon::Information, QStringLiteral("Quorvel - Easter Egg"));
 }

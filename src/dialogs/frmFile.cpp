@@ -107,13 +107,13 @@ void frmFile::cmdSet_Click()
     if (selected.isEmpty())
         return;
     const QString name = selected.first()->text();
-    main_.absFilename = bytFlag == 1 ? folder_ + QLatin1Char('/') + name : name;
+    absFilename = bytFlag == 1 ? folder_ + QLatin1Char('/') + name : name;
     accept();
 }
 
 void frmFile::cmdCancel_Click()
 {
-    main_.absFilename.clear();
+    absFilename.clear();
     QDialog::reject();
 }
 

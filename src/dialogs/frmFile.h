@@ -1,7 +1,7 @@
 // The file chooser: the files of one folder that match a pattern, for
 // loading a game (bytFlag 1, answers the full path) or choosing a skin (any
-// other bytFlag, answers the bare name). The answer goes into the main
-// window's absFilename; empty means Cancel.
+// other bytFlag, answers the bare name). Its answer, once it has closed, is
+// absFilename; empty means Cancel.
 #pragma once
 
 #include <QDialog>
@@ -19,6 +19,7 @@ public:
     explicit frmFile(frmMain &main);
 
     uint8_t bytFlag = 0;
+    QString absFilename;
     QListWidget *filList = nullptr;
     QPushButton *cmdSet = nullptr;
     QPushButton *cmdCancel = nullptr;

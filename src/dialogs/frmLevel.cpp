@@ -172,13 +172,13 @@ void frmLevel::cmdSetLevel_Click()
     const int selected = lisLevel->selectedItems().isEmpty() ? -1 : lisLevel->currentRow();
     if (selected == -1)
         return;
-    main_.newLevel = int16_t(selected);
+    newLevel = int16_t(selected);
     accept();
 }
 
 void frmLevel::cmdCancel_Click()
 {
-    main_.newLevel = -1;
+    newLevel = -1;
     QDialog::reject();
 }
 

@@ -1,5 +1,5 @@
-// The level chooser: 70 rows, one per level, and two buttons. It answers
-// through the main window's newLevel: the chosen row, or -1 for Cancel.
+// The level chooser: 70 rows, one per level, and two buttons. Its answer,
+// once it has closed, is newLevel: the chosen row, or -1 for Cancel.
 // Beside its text each row shows, right-aligned, the fewest steps the level
 // can be won in and, once the player has won it, a check mark and the
 // player's best; the row's text itself stays "Level N - name".
@@ -10,6 +10,7 @@
 #include <QDialog>
 
 #include <array>
+#include <cstdint>
 
 class QListWidget;
 class QPushButton;
@@ -24,6 +25,7 @@ public:
     QListWidget *lisLevel = nullptr;
     QPushButton *cmdSetLevel = nullptr;
     QPushButton *cmdCancel = nullptr;
+    int16_t newLevel = -1;
 
     void Form_Load();
     void cmdSetLevel_Click();

@@ -3,8 +3,8 @@
 // pixel lands the blocks on the same pixels as one of 1.
 #include "Moves.h"
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
 
 int32_t RoundHalfEven(double value)
 {
@@ -147,19 +147,50 @@ Drop DecideDrop(const GameState &game, const Drag &drag, Cell mouse)
     if (!PathFree(game, drag, drop.mouse))
         drop.mouse = {drag.lastCol, drag.lastRow};
     drop.topLeft = TopLeftOf(drop.mouse, drag);
+    drop.move = {drag.dragPiece, TopLeftOf({drag.startCol, drag.startRow}, drag), drop.topLeft};
     return drop;
 }
 
-void CarryOutDrop(GameState &game, int16_t piece, const Drag &drag, const Drop &drop)
+void FollowPointer(Drag &drag, const DragStep &step)
 {
-    // Removing comes before placing: a block two cells long that moves one
-    // cell along its length overlaps its old place.
-    game.RemovePieceFromBoard(piece, static_cast<int16_t>(drag.startCol - drag.grabCol),
-        static_cast<int16_t>(drag.startRow - drag.grabRow));
-    game.PlacePieceOnBoard(piece, drop.topLeft.col, drop.topLeft.row);
-    // The count stops at its largest value rather than turn negative, which
-    // a saved game could not be loaded with.
-    if ((drop.mouse.col != drag.startCol || drop.mouse.row != drag.startRow)
-        && game.steps < std::numeric_limits<int32_t>::max())
-        ++game.steps;
+    if (!step.moveImage)
+        return;
+    drag.lastCol = step.mouse.col;
+    drag.lastRow = step.mouse.row;
+}
+
+void EndDrag(Drag &drag)
+{
+    drag.dragging = false;
+}
+
+std::optional<Move> KeyStep(const GameState &game, int16_t piece, int16_t dCol, int16_t dRow)
+{
+    const PieceInfo &info = game.pieces[piece];
+    const Cell to {static_cast<int16_t>(info.col + dCol), static_cast<int16_t>(info.row + dRow)};
+    const Shape shape = ShapeOf(piece);
+    if (to.col < 0 || to.row < 0 || to.col + ShapeWidth(shape) > BoardCols
+        || to.row + ShapeHeight(shape) > BoardRows)
+        return std::nullopt;
+    const bool free = dRow == 0 ? game.CanSlideHorizontally(piece, info.col, to.col, to.row)
+                                : game.CanSlideVertically(piece, info.row, to.row, to.col);
+    if (!free)
+        return std::nullopt;
+    return Move {piece, {info.col, info.row}, to};
+}
+
+int16_t NextInReadingOrder(const GameState &game, int16_t selected, bool forward)
+{
+    std::array<int16_t, PieceCount> order {};
+    for (int16_t i = 0; i < PieceCount; ++i)
+        order[i] = i;
+    std::sort(order.begin(), order.end(), [&game](int16_t a, int16_t b) {
+        const PieceInfo &p = game.pieces[a], &q = game.pieces[b];
+        return p.row != q.row ? p.row < q.row : p.col < q.col;
+    });
+    const auto at = std::find(order.begin(), order.end(), selected);
+    if (at == order.end())
+        return forward ? order.front() : order.back();
+    const auto index = at - order.begin();
+    return order[(index + (forward ? 1 : PieceCount - 1)) % PieceCount];
 }

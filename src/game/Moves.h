@@ -4,15 +4,10 @@
 #pragma once
 
 #include "GameState.h"
+#include "Move.h"
 
 #include <cstdint>
-
-struct Cell
-{
-    int16_t col = 0;
-    int16_t row = 0;
-    friend bool operator==(const Cell &, const Cell &) = default;
-};
+#include <optional>
 
 // Board geometry in window pixels.
 enum { BoardOriginPx = 30, CellPx = 60 };
@@ -81,6 +76,10 @@ struct DragStep
     Pointer pointer = Pointer::Move;
 };
 DragStep DecideDragMove(const GameState &game, const Drag &drag, Cell mouse);
+// Takes a movement's decision into the drag: an accepted cell becomes the last one.
+void FollowPointer(Drag &drag, const DragStep &step);
+// The release, whatever it decided: no block is held any more.
+void EndDrag(Drag &drag);
 
 // What the release does.
 struct Drop
@@ -88,9 +87,17 @@ struct Drop
     enum Kind { Straight, AtStart, Diagonal } kind = AtStart;
     Cell mouse; // Straight: the final mouse cell, after any fallback
     Cell topLeft; // Straight: the new top-left cell; Diagonal: the start's
+    // Straight: the step from the block's place at the press to `topLeft`,
+    // which rewrites the board even when the fallback brought it back home.
+    Move move;
 };
 Drop DecideDrop(const GameState &game, const Drag &drag, Cell mouse);
 
-// Rewrites the board for a straight drop: clears the block's old cells, marks
-// the new ones, and counts a step when the block stands somewhere else.
-void CarryOutDrop(GameState &game, int16_t piece, const Drag &drag, const Drop &drop);
+// An arrow key: the block one cell along (dCol, dRow), as a one-cell drop
+// would move it. Nothing when that cell is off the board or taken.
+std::optional<Move> KeyStep(const GameState &game, int16_t piece, int16_t dCol, int16_t dRow);
+
+// The block after `selected` in reading order of the top-left cells (row by
+// row from the top, left to right), wrapping; backwards with forward false.
+// From no block (-1) the first, or going back, the last.
+int16_t NextInReadingOrder(const GameState &game, int16_t selected, bool forward);

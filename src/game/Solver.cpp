@@ -88,6 +88,16 @@ int16_t CodeOfCell(int cell)
     return static_cast<int16_t>(cell / BoardCols * 10 + cell % BoardCols);
 }
 
+Cell CellAt(int cell)
+{
+    return {static_cast<int16_t>(cell % BoardCols), static_cast<int16_t>(cell / BoardCols)};
+}
+
+Move MoveOf(int slot, int from, int to)
+{
+    return {static_cast<int16_t>(slot), CellAt(from), CellAt(to)};
+}
+
 struct Board
 {
     std::array<uint8_t, PieceCount> cell {}; // top-left cell of each slot
@@ -444,8 +454,7 @@ Solution InBlockNumbers(const Layout &start, const std::vector<CanonicalStep> &s
         int slot = FirstSlot[step.shape];
         while (board.cell[slot] != step.from)
             ++slot;
-        solution.moves.push_back(
-            {static_cast<int16_t>(slot), CodeOfCell(step.from), CodeOfCell(step.to)});
+        solution.moves.push_back(MoveOf(slot, step.from, step.to));
         board = Slid(board, slot, step.from, step.to);
     }
     return solution;
@@ -495,21 +504,21 @@ bool IsSolvedKey(PositionKey key)
     return (key >> (3 * CellOfGoal) & 7) == ShapeBits(BigShape, 0);
 }
 
-std::vector<SolverMove> LegalMoves(const Layout &codes)
+std::vector<Move> LegalMoves(const Layout &codes)
 {
-    std::vector<SolverMove> moves;
+    std::vector<Move> moves;
     if (!CheckLayout(codes).empty())
         return moves;
     ForEachSlide(BoardOfLayout(codes), [&](int slot, int from, int to) {
-        moves.push_back({static_cast<int16_t>(slot), CodeOfCell(from), CodeOfCell(to)});
+        moves.push_back(MoveOf(slot, from, to));
         return false;
     });
     return moves;
 }
 
-Layout ApplyMove(Layout codes, const SolverMove &move)
+Layout ApplyMove(Layout codes, const Move &move)
 {
-    codes[move.piece] = move.to;
+    codes[move.piece] = CodeOf(move.to);
     return codes;
 }
 
@@ -670,11 +679,98 @@ std::optional<Solution> StateSpace::Solve(const Layout &start) const
             const Board next = Slid(board, slot, from, to);
             if (distance_[numbering.IndexOf(next)] != distance - 1)
                 return false;
-            solution.moves.push_back(
-                {static_cast<int16_t>(slot), CodeOfCell(from), CodeOfCell(to)});
+            solution.moves.push_back(MoveOf(slot, from, to));
             board = next;
             return true;
         });
     }
     return solution;
+}
+
+Guide::Guide(const Layout &start)
+{
+    if (!CheckLayout(start).empty())
+        return;
+    const Numbering &numbering = Numbering::Get();
+    order_.assign(size_t(numbering.Count()), -1);
+
+    // The group, in the order a search from the layout meets it, with its
+    // moves kept as places in that order for the second search.
+    std::vector<int32_t> group;
+    std::vector<int32_t> firstNeighbour;
+    std::vector<int32_t> neighbours;
+    std::vector<int32_t> queue; // places of the solved positions, then the search
+    // Room for the largest group, so that the search never copies.
+    constexpr size_t LargestGroup = 26000;
+    group.reserve(LargestGroup);
+    firstNeighbour.reserve(LargestGroup + 1);
+    neighbours.reserve(LargestGroup * 8);
+    queue.reserve(LargestGroup);
+    const int32_t first = numbering.IndexOf(BoardOfLayout(start));
+    order_[first] = 0;
+    group.push_back(first);
+    for (size_t head = 0; head < group.size(); ++head) {
+        const int32_t at = group[head];
+        firstNeighbour.push_back(static_cast<int32_t>(neighbours.size()));
+        const Board board = numbering.BoardAt(at);
+        if (IsSolvedBoard(board))
+            queue.push_back(static_cast<int32_t>(head));
+        const Outline outline = OutlineOf(board);
+        const int32_t arrangement = at / FreePairs;
+        ForEachSlide(board, [&](int slot, int from, int to) {
+            const Outline next = Slid(outline, slot, from, to);
+            const int32_t index = SlotShape[slot] == SmallShape
+                ? numbering.IndexWithin(arrangement, next.occupied)
+                : numbering.IndexOf(next);
+            if (order_[index] < 0) {
+                order_[index] = static_cast<int32_t>(group.size());
+                group.push_back(index);
+            }
+            neighbours.push_back(order_[index]);
+            return false;
+        });
+    }
+    firstNeighbour.push_back(static_cast<int32_t>(neighbours.size()));
+
+    // Outwards from every solved position of the group at once.
+    distance_.assign(group.size(), Unsolvable);
+    for (const int32_t place : queue)
+        distance_[place] = 0;
+    for (size_t head = 0; head < queue.size(); ++head) {
+        const int32_t place = queue[head];
+        const auto nextDistance = static_cast<int16_t>(distance_[place] + 1);
+        for (int32_t k = firstNeighbour[place]; k < firstNeighbour[place + 1]; ++k)
+            if (distance_[neighbours[k]] == Unsolvable) {
+                distance_[neighbours[k]] = nextDistance;
+                queue.push_back(neighbours[k]);
+            }
+    }
+}
+
+bool Guide::Knows(const Layout &codes) const
+{
+    return !order_.empty() && CheckLayout(codes).empty()
+        && order_[Numbering::Get().IndexOf(BoardOfLayout(codes))] >= 0;
+}
+
+int Guide::StepsLeft(const Layout &codes) const
+{
+    return distance_[order_[Numbering::Get().IndexOf(BoardOfLayout(codes))]];
+}
+
+std::optional<Move> Guide::NextStep(const Layout &codes) const
+{
+    const int left = StepsLeft(codes);
+    if (left <= 0)
+        return std::nullopt;
+    const Numbering &numbering = Numbering::Get();
+    const Board board = BoardOfLayout(codes);
+    std::optional<Move> step;
+    ForEachSlide(board, [&](int slot, int from, int to) {
+        if (distance_[order_[numbering.IndexOf(Slid(board, slot, from, to))]] != left - 1)
+            return false;
+        step = MoveOf(slot, from, to);
+        return true;
+    });
+    return step;
 }

@@ -11,24 +11,17 @@
 #pragma once
 
 #include "GameState.h"
+#include "Move.h"
 
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <vector>
 
-// One step, told in the block numbers of the layout it was asked for.
-struct SolverMove
-{
-    int16_t piece = 0;
-    int16_t from = 0; // position codes (row * 10 + col) of the top-left cell
-    int16_t to = 0;
-    friend bool operator==(const SolverMove &, const SolverMove &) = default;
-};
-
+// Steps are told in the block numbers of the layout they were asked for.
 struct Solution
 {
-    std::vector<SolverMove> moves; // one entry per step, in playing order
+    std::vector<Move> moves; // one entry per step, in playing order
     int Steps() const { return static_cast<int>(moves.size()); }
 };
 
@@ -54,9 +47,9 @@ bool IsSolvedKey(PositionKey key);
 
 // Every single step the layout allows, in a fixed order. Empty for a layout
 // that fails CheckLayout.
-std::vector<SolverMove> LegalMoves(const Layout &codes);
+std::vector<Move> LegalMoves(const Layout &codes);
 // The layout after the step; the step is trusted to be one of LegalMoves.
-Layout ApplyMove(Layout codes, const SolverMove &move);
+Layout ApplyMove(Layout codes, const Move &move);
 
 // A shortest solution by a breadth-first search from the layout alone, which
 // stops at the first solved position. Nothing when the layout fails
@@ -108,4 +101,31 @@ private:
     int componentCount_ = 0;
     int solvableCount_ = 0;
     int maxDistance_ = 0;
+};
+
+// The way out for a game in play: every position that can be reached from
+// one layout (its group, never more than about 26,000 of the 65,880), each
+// with its fewest steps to the exit. Built when the player first asks, in a
+// few milliseconds; afterwards every step of the game stays in the group,
+// since steps can be taken back, and each question is a look-up.
+class Guide
+{
+public:
+    enum { Unsolvable = -1 };
+
+    explicit Guide(const Layout &start);
+
+    // The layout is one of the group. False for a layout that fails CheckLayout.
+    bool Knows(const Layout &codes) const;
+    // Fewest steps to the exit, or Unsolvable; the layout must be Known.
+    int StepsLeft(const Layout &codes) const;
+    // A step onto a shortest way out, in the layout's block numbers. Nothing
+    // where no way out exists or the big block stands on the exit already;
+    // the layout must be Known.
+    std::optional<Move> NextStep(const Layout &codes) const;
+    int PositionCount() const { return static_cast<int>(distance_.size()); }
+
+private:
+    std::vector<int32_t> order_; // position number -> place in the group, -1 outside
+    std::vector<int16_t> distance_; // by place in the group
 };

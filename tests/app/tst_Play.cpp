@@ -13,6 +13,7 @@
 
 #include <QListWidget>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
@@ -75,6 +76,8 @@ private slots:
     void bringingTheBigBlockToTheExitWinsUntilTheNextLevel();
     void onlyTheBigBlocksDropEndsTheGame();
     void winsAreMarkedBesideTheShippedLevelsUnchangedRows();
+    void keysAndTheGameMenuMakeStepsLikeDrops();
+    void hintsGlideOnAShortestWayAndTheStepLineCounts();
 };
 
 void tst_Play::chooserListsEveryLevelAndAnswers_data()
@@ -269,9 +272,8 @@ void tst_Play::winsAreMarkedBesideTheShippedLevelsUnchangedRows()
     platform.Reply(Answer::Ok);
     const std::optional<Solution> way = Solve(form.game.EncodePositions());
     QVERIFY(way);
-    for (const SolverMove &move : way->moves)
-        DragBlock(form, move.piece, {int16_t(move.from % 10), int16_t(move.from / 10)},
-            {{int16_t(move.to % 10), int16_t(move.to / 10)}});
+    for (const Move &move : way->moves)
+        DragBlock(form, move.piece, move.from, {move.to});
     platform.Reply(Answer::Ok);
     WhenModal([](QWidget *widget) {
         auto *chooser = static_cast<frmFile *>(widget);
@@ -309,6 +311,94 @@ void tst_Play::winsAreMarkedBesideTheShippedLevelsUnchangedRows()
     PlayerProgress kept;
     QVERIFY(!ReadPlayerFile(folder.File("qvl-player.ini"), kept));
     QVERIFY(kept.fewestStepsLeft);
+}
+
+void tst_Play::keysAndTheGameMenuMakeStepsLikeDrops()
+{
+    Game game({"2003/2003/4115/46.5/8.79", NearlySolved});
+    frmMain &form = game.form;
+    const auto menu = [&form] {
+        return QString("%1%2%3%4")
+            .arg(form.mnuUndo->isEnabled())
+            .arg(form.mnuRedo->isEnabled())
+            .arg(form.mnuRestart->isEnabled())
+            .arg(form.mnuHint->isEnabled());
+    };
+    QCOMPARE(menu(), "0001");
+    // Tab walks the blocks in reading order, the frame goes along.
+    QTest::keyClick(&form, Qt::Key_Tab);
+    QTest::keyClick(&form, Qt::Key_Tab);
+    QCOMPARE(form.Selected(), int16_t(0));
+    QTest::keyClick(&form, Qt::Key_Backtab, Qt::ShiftModifier);
+    QCOMPARE(form.Selected(), int16_t(2));
+    QVERIFY(form.imgPieces[2]->Selected() && !form.imgPieces[0]->Selected());
+    QTest::keyClick(&form, Qt::Key_Escape);
+    QCOMPARE(form.Selected(), int16_t(-1));
+    QVERIFY(!form.imgPieces[2]->Selected());
+    // A press selects too; an arrow is a one-cell drop.
+    DragBlock(form, 8, {0, 4}, {});
+    QCOMPARE(form.Selected(), int16_t(8));
+    QVERIFY(!form.gameChanged);
+    QTest::keyClick(&form, Qt::Key_Right);
+    QTest::keyClick(&form, Qt::Key_Right); // taken by block 7: nothing
+    QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/46.5/.879"));
+    QCOMPARE(form.imgPieces[8]->pos(), QPoint(90, 270));
+    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 1"));
+    QVERIFY(form.gameChanged);
+    QCOMPARE(menu(), "1011");
+    DragBlock(form, 4, {0, 3}, {{0, 4}});
+    form.mnuRestart->trigger();
+    QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/46.5/8.79"));
+    QCOMPARE(form.imgPieces[8]->pos(), QPoint(30, 270));
+    QCOMPARE(menu(), "0101");
+    form.mnuRedo->trigger();
+    QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/46.5/.879"));
+    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 1"));
+    QCOMPARE(menu(), "1111");
+    form.mnuUndo->trigger();
+    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 0"));
+    // The big block brought to the exit by a key wins, and the menu rests.
+    game.platform.Reply(Answer::No); // to saving the changed game
+    ChooseLevel(form, 1);
+    QSignalSpy won(&form, &frmMain::GameWon);
+    game.platform.Reply(Answer::Ok);
+    QTest::mouseClick(form.imgPieces[0], Qt::LeftButton);
+    QTest::keyClick(&form, Qt::Key_Down);
+    QCOMPARE(game.platform.Shown().last(), Congratulations.arg(1));
+    QCOMPARE(won.size(), 1);
+    QCOMPARE(won.first(), (QVariantList {QVariant::fromValue(int16_t(1)), QVariant(1)}));
+    QCOMPARE(menu(), "0000");
+}
+
+void tst_Play::hintsGlideOnAShortestWayAndTheStepLineCounts()
+{
+    // The second level: only the tall block 4 can ever move, right and back.
+    Game game({"2003/2003/4115/4675/8..9", "2311/234./654./7500/8900", NearlySolved});
+    frmMain &form = game.form;
+    QSignalSpy toggled(&form, &frmMain::FewestStepsLeftChanged);
+    form.mnuFewestSteps->trigger();
+    QCOMPARE(toggled.size(), 1);
+    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 0 - fewest left: 90"));
+    form.mnuHint->trigger();
+    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 1 - fewest left: 89"));
+    form.mnuUndo->trigger(); // lands the gliding block first
+    QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/4675/8..9"));
+    game.platform.Reply(Answer::No); // to saving the changed game
+    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 0 - fewest left: 90"));
+    ChooseLevel(form, 1);
+    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 0 - no way out"));
+    form.mnuHint->trigger();
+    QCOMPARE(game.platform.Shown().last(),
+        QStringLiteral("Quorvel - Hint | There is no way out from this position."));
+    QCOMPARE(form.game.steps, 0);
+    // A hint that reaches the exit wins once its block has landed.
+    ChooseLevel(form, 2);
+    game.platform.Reply(Answer::Ok);
+    form.mnuHint->trigger();
+    QCOMPARE(form.imgPieces[0]->pos(), QPoint(90, 150));
+    QTRY_COMPARE(form.imgPieces[0]->pos(), QPoint(90, 210));
+    QTRY_COMPARE(game.platform.Shown().size(), 3);
+    QCOMPARE(game.platform.Shown().last(), Congratulations.arg(1));
 }
 
 QTEST_MAIN(tst_Play)

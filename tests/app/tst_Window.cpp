@@ -52,13 +52,25 @@ void tst_Window::firstRunPreparesTheFolderAndShowsAnEmptyWindow()
         QVERIFY(!image->isVisible());
     QCOMPARE(form.lblStatus->text(), QString());
     QCOMPARE(form.centralWidget()->size(), QSize(408, 405));
+    // Each item with its keys; "off" when disabled, "[ ]" when it can be checked.
     QStringList captions;
     for (QAction *menu : form.menuBar()->actions())
-        for (QAction *item : QList<QAction *> {menu} + menu->menu()->actions())
-            captions << (item->isSeparator() ? QStringLiteral("-") : item->text());
+        for (QAction *item : QList<QAction *> {menu} + menu->menu()->actions()) {
+            QStringList keys;
+            for (const QKeySequence &key : item->shortcuts())
+                keys << key.toString();
+            captions << (item->isSeparator()
+                    ? QStringLiteral("-")
+                    : QStringList {item->text(), keys.join(", "), item->isEnabled() ? "" : "off",
+                        item->isCheckable() ? "[ ]" : ""}
+                          .join(' ')
+                          .trimmed());
+        }
     QCOMPARE(captions,
-        (QStringList {"&File", "&New Game", "&Load Game", "&Save Game", "-", "Set S&kin", "-",
-            "E&xit", "&Help", "H&ow to Play", "-", "&About"}));
+        (QStringList {"&File", "&New Game", "&Load Game", "&Save Game  off", "-", "Set S&kin", "-",
+            "E&xit", "&Game", "&Undo Ctrl+Z off", "&Redo Ctrl+Y, Ctrl+Shift+Z off",
+            "Re&start Level Ctrl+R off", "-", "&Hint Ctrl+H off",
+            "Show &Fewest Steps Left Ctrl+F  [ ]", "&Help", "H&ow to Play", "-", "&About"}));
 }
 
 void tst_Window::settingsAreReadAndRepaired_data()

@@ -652,10 +652,10 @@ void tst_Faults::aPlayedGameLosesNoMemory()
     // the board.
     Layout codes = folder.levels[0].codes;
     for (size_t step = 0; step < 3; ++step) {
-        const std::vector<SolverMove> moves = LegalMoves(codes);
-        const SolverMove move = moves.at(step % moves.size());
-        QVERIFY(x.MouseMove(cell(move.from)) && x.MouseDown() && x.MouseMove(cell(move.to))
-            && x.MouseUp());
+        const std::vector<Move> moves = LegalMoves(codes);
+        const Move move = moves.at(step % moves.size());
+        QVERIFY(x.MouseMove(cell(CodeOf(move.from))) && x.MouseDown()
+            && x.MouseMove(cell(CodeOf(move.to))) && x.MouseUp());
         codes = ApplyMove(codes, move);
     }
     // Leaving saves the game, which holds every move.

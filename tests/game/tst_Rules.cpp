@@ -1,5 +1,6 @@
 // The rules on boards drawn here: codes and marking, the solved test, the
 // pointer arithmetic, and what a drag and a drop decide (through the sweeps).
+#include "game/History.h"
 #include "game/Moves.h"
 #include "support/BoardText.h"
 #include "support/ProgramFolder.h"
@@ -60,6 +61,10 @@ private slots:
     void dragFollowsFreeStraightPaths();
     void drop_data();
     void drop();
+    void stepsByKeyAndHistory_data();
+    void stepsByKeyAndHistory();
+    void tabGoesInReadingOrder_data();
+    void tabGoesInReadingOrder();
 };
 
 void tst_Rules::layoutsRebuildTheDrawnBoard_data()
@@ -287,9 +292,107 @@ void tst_Rules::drop()
         QCOMPARE(drop.topLeft,
             (Cell {int16_t(pressed.col - drag.grabCol), int16_t(pressed.row - drag.grabRow)}));
     if (drop.kind == Drop::Straight)
-        CarryOutDrop(game, int16_t(piece), drag, drop);
+        MakeStep(game, drop.move);
     QCOMPARE(BoardPicture(game), after);
     QCOMPARE(game.steps, steps);
+}
+
+void tst_Rules::stepsByKeyAndHistory_data()
+{
+    // A script of arrow keys ("8>" block 8 right, "3v" block 3 down), slides
+    // ("3=3,2" block 3 to top-left column 3, row 2), "u" Undo, "r" Redo and
+    // "s" Restart, played on a board.
+    QTest::addColumn<QByteArray>("picture");
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QByteArray>("after");
+    QTest::addColumn<int>("steps");
+    QTest::addColumn<bool>("canUndo");
+    QTest::addColumn<bool>("canRedo");
+    const QByteArray tall = "2003/2003/411./456./7589";
+    const QByteArray slid = "200./200./4113/4563/7589";
+    QTest::newRow("key-one-cell") << Open << QByteArray("8>")
+                                  << QByteArray("2003/2003/4115/46.5/.879") << 1 << true << false;
+    QTest::newRow("key-into-a-block")
+        << Open << QByteArray("8> 8>") << QByteArray("2003/2003/4115/46.5/.879") << 1 << true
+        << false;
+    QTest::newRow("key-off-the-board") << Open << QByteArray("8<") << Open << 0 << false << false;
+    QTest::newRow("key-needs-the-whole-footprint")
+        << Open << QByteArray("1v") << Open << 0 << false << false;
+    QTest::newRow("undo-takes-the-whole-slide-back")
+        << tall << QByteArray("3=3,2 u") << tall << 0 << false << true;
+    QTest::newRow("redo-makes-it-again")
+        << tall << QByteArray("3=3,2 u r") << slid << 1 << true << false;
+    QTest::newRow("new-step-forgets-the-redo")
+        << tall << QByteArray("3=3,2 u 3v r") << QByteArray("200./2003/4113/456./7589") << 1 << true
+        << false;
+    QTest::newRow("restart-then-redo-one-by-one")
+        << tall << QByteArray("3v 3v s r") << QByteArray("200./2003/4113/456./7589") << 1 << true
+        << true;
+    QTest::newRow("nothing-to-undo-or-redo")
+        << tall << QByteArray("u r s") << tall << 0 << false << false;
+}
+
+void tst_Rules::stepsByKeyAndHistory()
+{
+    QFETCH(QByteArray, picture);
+    QFETCH(QByteArray, script);
+    QFETCH(QByteArray, after);
+    QFETCH(int, steps);
+    QFETCH(bool, canUndo);
+    QFETCH(bool, canRedo);
+    GameState game;
+    game.SetUp(LayoutFromPicture(picture.constData()));
+    History history;
+    for (const QByteArray &token : script.split(' ')) {
+        const auto piece = int16_t(token[0] - '0');
+        const Cell at {game.pieces[piece].col, game.pieces[piece].row};
+        if (token == "u") {
+            history.Undo(game);
+        } else if (token == "r") {
+            history.Redo(game);
+        } else if (token == "s") {
+            history.Restart(game);
+        } else if (token[1] == '=') {
+            history.Make(game, {piece, at, {int16_t(token[2] - '0'), int16_t(token[4] - '0')}});
+        } else {
+            const int16_t dCol = token[1] == '>' ? 1 : token[1] == '<' ? -1 : 0;
+            const int16_t dRow = token[1] == 'v' ? 1 : token[1] == '^' ? -1 : 0;
+            if (const std::optional<Move> step = KeyStep(game, piece, dCol, dRow)) {
+                QCOMPARE(step->from, at);
+                history.Make(game, *step);
+            }
+        }
+    }
+    QCOMPARE(BoardPicture(game), after);
+    QCOMPARE(game.steps, steps);
+    QCOMPARE(history.CanUndo(), canUndo);
+    QCOMPARE(history.CanRedo(), canRedo);
+}
+
+void tst_Rules::tabGoesInReadingOrder_data()
+{
+    QTest::addColumn<QByteArray>("picture");
+    QTest::addColumn<bool>("forward");
+    QTest::addColumn<QByteArray>("order"); // eleven presses from no block: it wraps
+    QTest::newRow("tab") << Start << true << QByteArray("20341567892");
+    QTest::newRow("shift-tab") << Start << false << QByteArray("98765143029");
+    QTest::newRow("gaps-at-top") << QByteArray("..67/2003/2003/4115/4895") << true
+                                 << QByteArray("67203415896");
+}
+
+void tst_Rules::tabGoesInReadingOrder()
+{
+    QFETCH(QByteArray, picture);
+    QFETCH(bool, forward);
+    QFETCH(QByteArray, order);
+    GameState game;
+    game.SetUp(LayoutFromPicture(picture.constData()));
+    QByteArray seen;
+    for (int16_t selected = -1; seen.size() < order.size();) {
+        selected = NextInReadingOrder(game, selected, forward);
+        seen += char('0' + selected);
+    }
+    QCOMPARE(seen, order);
 }
 
 QTEST_APPLESS_MAIN(tst_Rules)

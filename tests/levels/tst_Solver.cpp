@@ -14,16 +14,16 @@ namespace {
 // standing where the step says, and the board ends solved; else the number
 // (from 0) of the first step that is not, or the step count if the last one
 // leaves the board unsolved.
-int Replay(const Layout &start, const std::vector<SolverMove> &moves)
+int Replay(const Layout &start, const std::vector<Move> &moves)
 {
     GameState game;
     game.SetUp(start);
     for (size_t i = 0; i < moves.size(); ++i) {
         const auto [piece, from, to] = moves[i];
-        const auto row = int16_t(from / 10), col = int16_t(from % 10);
-        const auto toRow = int16_t(to / 10), toCol = int16_t(to % 10);
+        const auto [col, row] = from;
+        const auto [toCol, toRow] = to;
         if (piece < 0 || piece >= PieceCount || game.pieces[piece].row != row
-            || game.pieces[piece].col != col || !IsValidCode(piece, to)
+            || game.pieces[piece].col != col || !IsValidCode(piece, CodeOf(to))
             || !(row == toRow ? col != toCol && game.CanSlideHorizontally(piece, col, toCol, row)
                               : col == toCol && game.CanSlideVertically(piece, row, toRow, col)))
             return int(i);
@@ -44,6 +44,7 @@ private slots:
     void everyDistanceHasAPlayableShortestSolution_data();
     void everyDistanceHasAPlayableShortestSolution();
     void keysIgnoreSameShapeSwapsAndMirrors();
+    void hintsLieOnAShortestWayFromEveryPosition();
 
 private:
     const StateSpace space;
@@ -75,6 +76,14 @@ void tst_Solver::knownAnswers()
     QCOMPARE(space.StepsToSolve(layout).value_or(-1), steps);
     QCOMPARE(searched ? searched->Steps() : -1, steps);
     QCOMPARE(walked ? walked->Steps() : -1, steps);
+    // The hint names the block as the layout numbers it.
+    const Guide guide(layout);
+    QCOMPARE(guide.StepsLeft(layout), steps);
+    const std::optional<Move> hint = guide.NextStep(layout);
+    QCOMPARE(hint.has_value(), steps > 0);
+    if (hint)
+        QCOMPARE(Replay(layout, {*hint}) != 0 ? guide.StepsLeft(ApplyMove(layout, *hint)) : -2,
+            steps - 1);
     if (steps < 0)
         return;
     QCOMPARE(Replay(layout, searched->moves), -1);
@@ -115,6 +124,33 @@ void tst_Solver::keysIgnoreSameShapeSwapsAndMirrors()
     QVERIFY(mirrored != key);
     QCOMPARE(MirrorKey(key), mirrored);
     QCOMPARE(MirrorFreeKey(mirrored), MirrorFreeKey(key));
+}
+
+// One guide per group, built from whichever of its positions comes first,
+// must answer for every position of the group as the whole space does.
+void tst_Solver::hintsLieOnAShortestWayFromEveryPosition()
+{
+    std::vector<std::vector<int>> groups(space.ComponentCount());
+    for (int index = 0; index < space.StateCount(); ++index)
+        groups[space.ComponentAt(index)].push_back(index);
+    for (const std::vector<int> &group : groups) {
+        const Guide guide(*LayoutOfKey(space.KeyAt(group.back())));
+        QCOMPARE(guide.PositionCount(), int(group.size()));
+        for (const int index : group) {
+            const Layout layout = *LayoutOfKey(space.KeyAt(index));
+            const int distance = space.DistanceAt(index);
+            QVERIFY(guide.Knows(layout));
+            QCOMPARE(guide.StepsLeft(layout), distance);
+            const std::optional<Move> hint = guide.NextStep(layout);
+            QCOMPARE(hint.has_value(), distance > 0);
+            if (!hint)
+                continue;
+            const std::vector<Move> legal = LegalMoves(layout);
+            QVERIFY(std::find(legal.begin(), legal.end(), *hint) != legal.end());
+            QCOMPARE(
+                space.DistanceAt(space.IndexOf(KeyOf(ApplyMove(layout, *hint)))), distance - 1);
+        }
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_Solver)

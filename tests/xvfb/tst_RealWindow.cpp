@@ -75,9 +75,13 @@ private slots:
     void savesChangesAndLoadsTheGameBack();
 
 private:
+    // The pressed block wears the selection frame, five pixels wide: only
+    // the picture inside it is compared.
     bool BlockOn(const QImage &shot, int piece, int16_t code) const
     {
-        return Shows(shot, origin + CellPixel(code), SkinPicture(piece));
+        const QImage picture = SkinPicture(piece);
+        return Shows(shot, origin + CellPixel(code) + QPoint(5, 5),
+            picture.copy(picture.rect().adjusted(5, 5, -5, -5)));
     }
     bool WaitForBlock(int piece, int16_t code)
     {
@@ -92,7 +96,7 @@ private:
     std::unique_ptr<XSession> x;
     std::unique_ptr<QTemporaryDir> folder;
     LevelTable levels;
-    std::vector<SolverMove> moves; // an optimal solution of the first level
+    std::vector<Move> moves; // an optimal solution of the first level
     qulonglong window = 0;
     QRect geometry;
     QPoint origin; // the client area's top-left corner, below the menu bar
@@ -185,25 +189,26 @@ void tst_RealWindow::playsALevelToTheCongratulation()
     }));
     // The first move, slowly: the block follows the held pointer from cell
     // to cell, even outside its own image, and refuses a diagonal cell.
-    const SolverMove first = moves.front();
+    const Move first = moves.front();
     // A cell one step across the line of the move: diagonal from the start.
-    const bool vertical = first.from % 10 == first.to % 10;
-    const int16_t diagonal = int16_t(
-        first.to + (vertical ? (first.from % 10 == 0 ? 1 : -1) : (first.from < 10 ? 10 : -10)));
-    QVERIFY(x->MouseMove(origin + CellPixel(first.from) + QPoint(30, 30)));
+    const bool vertical = CodeOf(first.from) % 10 == CodeOf(first.to) % 10;
+    const int16_t diagonal = int16_t(CodeOf(first.to)
+        + (vertical ? (CodeOf(first.from) % 10 == 0 ? 1 : -1)
+                    : (CodeOf(first.from) < 10 ? 10 : -10)));
+    QVERIFY(x->MouseMove(origin + CellPixel(CodeOf(first.from)) + QPoint(30, 30)));
     QVERIFY(x->MouseDown());
-    QVERIFY(x->MouseMove(origin + CellPixel(first.to) + QPoint(30, 30)));
-    QVERIFY(WaitForBlock(first.piece, first.to));
+    QVERIFY(x->MouseMove(origin + CellPixel(CodeOf(first.to)) + QPoint(30, 30)));
+    QVERIFY(WaitForBlock(first.piece, CodeOf(first.to)));
     QVERIFY(x->MouseMove(origin + CellPixel(diagonal) + QPoint(30, 30)));
     QVERIFY(x->MouseMove(origin + CellPixel(diagonal) + QPoint(40, 40)));
-    QVERIFY(WaitForBlock(first.piece, first.to));
-    QVERIFY(x->MouseMove(origin + CellPixel(first.to) + QPoint(30, 30)));
+    QVERIFY(WaitForBlock(first.piece, CodeOf(first.to)));
+    QVERIFY(x->MouseMove(origin + CellPixel(CodeOf(first.to)) + QPoint(30, 30)));
     QVERIFY(x->MouseUp());
     // The rest of the solution, each drop checked on the screen.
     for (size_t i = 1; i < moves.size(); ++i) {
-        Drag({moves[i].from, moves[i].to});
+        Drag({CodeOf(moves[i].from), CodeOf(moves[i].to)});
         if (i + 1 < moves.size())
-            QVERIFY(WaitForBlock(moves[i].piece, moves[i].to));
+            QVERIFY(WaitForBlock(moves[i].piece, CodeOf(moves[i].to)));
     }
     const qulonglong message = x->WaitForWindow("Quorvel - Congratulations");
     QVERIFY2(message, "no congratulation");
@@ -220,9 +225,9 @@ void tst_RealWindow::playsALevelToTheCongratulation()
 void tst_RealWindow::savesChangesAndLoadsTheGameBack()
 {
     QVERIFY(StartFirstLevel());
-    const SolverMove one = moves[0], two = moves[1];
-    Drag({one.from, one.to});
-    QVERIFY(WaitForBlock(one.piece, one.to));
+    const Move one = moves[0], two = moves[1];
+    Drag({CodeOf(one.from), CodeOf(one.to)});
+    QVERIFY(WaitForBlock(one.piece, CodeOf(one.to)));
     const qulonglong prompt = x->FromFileMenu(window, "s", "Quorvel - Saving Game");
     QVERIFY(prompt);
     QVERIFY(x->Type(prompt, "first move"));
@@ -232,9 +237,9 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
     SavedGameRecord record;
     QCOMPARE(ReadSavedGame(saved, record), QString());
     QCOMPARE(record.steps, 1);
-    QCOMPARE(record.codes[one.piece], one.to);
-    Drag({two.from, two.to});
-    QVERIFY(WaitForBlock(two.piece, two.to));
+    QCOMPARE(record.codes[one.piece], CodeOf(one.to));
+    Drag({CodeOf(two.from), CodeOf(two.to)});
+    QVERIFY(WaitForBlock(two.piece, CodeOf(two.to)));
     // The second move is unsaved: loading asks first; No goes on.
     const qulonglong question = x->FromFileMenu(window, "l", "Quorvel - Load game");
     QVERIFY(question);
@@ -244,7 +249,8 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
     // The confirm button comes after Cancel in the tab order.
     QVERIFY(x->Key(chooser, "Home space Tab Tab space"));
     QVERIFY(x->WaitForScreen([&](const QImage &shot) {
-        return BlockOn(shot, one.piece, one.to) && BlockOn(shot, two.piece, two.from);
+        return BlockOn(shot, one.piece, CodeOf(one.to))
+            && BlockOn(shot, two.piece, CodeOf(two.from));
     }));
     QCOMPARE(Leave(), 0); // a game just loaded leaves without a question
 }

@@ -97,19 +97,20 @@ QString BlockName(Shape shape)
     return {};
 }
 
-QString DescribeMove(const SolverMove &move)
+QString DescribeMove(const Move &move)
 {
     const Shape shape = ShapeOf(move.piece);
-    const int rows = move.to / 10 - move.from / 10, cols = move.to % 10 - move.from % 10;
+    const int rows = move.to.row - move.from.row, cols = move.to.col - move.from.col;
     const int cells = std::abs(rows + cols); // one of them is 0
     const QString direction = rows < 0 ? QStringLiteral("up")
         : rows > 0                     ? QStringLiteral("down")
         : cols < 0                     ? QStringLiteral("left")
                                        : QStringLiteral("right");
     return QStringLiteral("Slide the %1 block at %2 %3 %4 %5, to %6.")
-        .arg(BlockName(shape), Place(shape, move.from), direction)
+        .arg(BlockName(shape), Place(shape, CodeOf(move.from)), direction)
         .arg(cells)
-        .arg(cells == 1 ? QStringLiteral("cell") : QStringLiteral("cells"), Place(shape, move.to));
+        .arg(cells == 1 ? QStringLiteral("cell") : QStringLiteral("cells"),
+            Place(shape, CodeOf(move.to)));
 }
 
 QString StepCount(int steps)
