@@ -48,28 +48,21 @@ using Files = QMap<QString, QByteArray>;
 const QByteArray SavedNow = "<the game on the board>";
 const char *const Played = "2003/2003/4115/4.75/86.9"; // Keep.sav's board
 
-// Keep.sav, or a copy with the 16-bit field at `at` changed.
-QByteArray SavedGame(int32_t steps = 7, int at = 0, int16_t value = 0)
+// A game of level 3 named "Kept game ": Keep.sav, or a copy with the 16-bit
+// field at `at` changed, or another board.
+QByteArray SavedGame(int32_t steps = 7, int at = 0, int16_t value = 0, const char *board = Played)
 {
     GameState game;
     game.levelIndex = 2;
     game.steps = steps;
-    game.SetUp(LayoutFromPicture(Played));
+    game.SetUp(LayoutFromPicture(board));
     QByteArray bytes = SerializeSavedGame(BuildSavedGame(game, "Kept game "));
     if (at)
         qToLittleEndian(value, bytes.data() + at);
     return bytes;
 }
 
-// A game of level 3 after 7 steps, one step from the exit.
-QByteArray NearlyWon()
-{
-    GameState game;
-    game.levelIndex = 2;
-    game.steps = 7;
-    game.SetUp(LayoutFromPicture("2113/2673/4005/4005/8..9"));
-    return SerializeSavedGame(BuildSavedGame(game, "Kept game "));
-}
+const char *const NearlyWon = "2113/2673/4005/4005/8..9"; // one step from the exit
 
 QByteArray LevelFile(int index = 0, int piece = 0, int16_t code = 0)
 {
@@ -96,7 +89,7 @@ public:
         while (!mounts_.isEmpty())
             ::umount2(QFile::encodeName(mounts_.takeLast()).constData(), MNT_DETACH);
     }
-    bool Put(const QString &name, const QByteArray &bytes) { return Write(name, bytes), true; }
+    bool Put(const QString &name, const QByteArray &bytes) { return Write(name, bytes); }
     bool Remove(const QString &name)
     {
         return QFile::remove(File(name)) || QDir().rmdir(File(name));
@@ -135,7 +128,7 @@ public:
             return false;
         for (auto it = kept.cbegin(); it != kept.cend(); ++it) {
             it.value() == "<folder>" ? void(QDir(path()).mkpath(it.key()))
-                                     : Write(it.key(), it.value());
+                                     : void(Write(it.key(), it.value()));
             QFile::setPermissions(File(it.key()), modes[it.key()]);
         }
         const int fd = ::open(QFile::encodeName(File(name + "/filler")), O_WRONLY | O_CREAT, 0644);
@@ -502,7 +495,7 @@ void tst_Faults::withTheRealMessageBoxes()
     const Fault &fault = Faults[size_t(row)];
     Folder folder;
     if (fault.act == Act::Win)
-        folder.Put("saved/Won.sav", NearlyWon());
+        QVERIFY(folder.Put("saved/Won.sav", SavedGame(7, 0, 0, NearlyWon)));
     if (!Prepare(fault, folder))
         QSKIP("needs root and a mount namespace of its own (unshare)");
     QtPlatform platform;

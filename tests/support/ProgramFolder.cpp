@@ -52,9 +52,9 @@ QByteArray ProgramFolder::Read(const QString &relative) const
     return file.readAll();
 }
 
-void ProgramFolder::Write(const QString &relative, const QByteArray &bytes) const
+bool ProgramFolder::Write(const QString &relative, const QByteArray &bytes) const
 {
     QFile file(File(relative));
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(bytes);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
+        && file.write(bytes) == bytes.size();
 }

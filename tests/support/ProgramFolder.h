@@ -30,7 +30,8 @@ public:
         return dir_.path() + QLatin1Char('/') + relative;
     }
     QByteArray Read(const QString &relative) const;
-    void Write(const QString &relative, const QByteArray &bytes) const;
+    // False when the file could not be written whole.
+    bool Write(const QString &relative, const QByteArray &bytes) const;
 
     LevelTable levels;
 
