@@ -7,6 +7,8 @@
 
 #include <QCoreApplication>
 
+#include <cstdio>
+
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
@@ -14,6 +16,10 @@ int main(int argc, char **argv)
     GameState game;
     game.levelIndex = 3;
     game.SetUp({1, 21, 0, 3, 20, 23, 31, 32, 40, 43});
+    // The caller's kills are timed from here, not from a start that a
+    // sanitizer or a busy machine may make slow.
+    std::puts("writing");
+    std::fflush(stdout);
     for (int i = 0;; ++i) {
         game.steps = i;
         WriteSavedGame(

@@ -344,15 +344,21 @@ void tst_Rules::stepsByKeyAndHistory()
     game.SetUp(LayoutFromPicture(picture.constData()));
     History history;
     for (const QByteArray &token : script.split(' ')) {
-        const auto piece = int16_t(token[0] - '0');
-        const Cell at {game.pieces[piece].col, game.pieces[piece].row};
         if (token == "u") {
             history.Undo(game);
-        } else if (token == "r") {
+            continue;
+        }
+        if (token == "r") {
             history.Redo(game);
-        } else if (token == "s") {
+            continue;
+        }
+        if (token == "s") {
             history.Restart(game);
-        } else if (token[1] == '=') {
+            continue;
+        }
+        const auto piece = int16_t(token[0] - '0');
+        const Cell at {game.pieces[piece].col, game.pieces[piece].row};
+        if (token[1] == '=') {
             history.Make(game, {piece, at, {int16_t(token[2] - '0'), int16_t(token[4] - '0')}});
         } else {
             const int16_t dCol = token[1] == '>' ? 1 : token[1] == '<' ? -1 : 0;
