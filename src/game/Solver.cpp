@@ -809,20 +809,22 @@ Guide::Guide(const Layout &start)
     if (!CheckLayout(start).empty())
         return;
     const Numbering &numbering = Numbering::Get();
-    order_.assign(size_t(numbering.Count()), -1);
+    order_.assign(size_t(numbering.Count()), Outside);
 
     // The group, in the order a search from the layout meets it, with its
-    // moves kept as places in that order for the second search.
+    // moves kept as places in that order for the second search. Places are
+    // narrow and the buffers are reused, since on the first hint of a run
+    // every fresh page costs a fault.
     std::vector<int32_t> group;
     std::vector<int32_t> firstNeighbour;
-    std::vector<int32_t> neighbours;
-    std::vector<int32_t> queue; // places of the solved positions, then the search
+    std::vector<uint16_t> neighbours;
+    std::vector<int32_t> solved; // places
     // Room for the largest group, so that the search never copies.
     constexpr size_t LargestGroup = 26000;
+    static_assert(LargestGroup < Outside);
     group.reserve(LargestGroup);
     firstNeighbour.reserve(LargestGroup + 1);
     neighbours.reserve(LargestGroup * 8);
-    queue.reserve(LargestGroup);
     const int32_t first = numbering.IndexOf(BoardOfLayout(start));
     order_[first] = 0;
     group.push_back(first);
@@ -830,10 +832,10 @@ Guide::Guide(const Layout &start)
         const int32_t at = group[head];
         firstNeighbour.push_back(static_cast<int32_t>(neighbours.size()));
         if (numbering.IsSolvedAt(at))
-            queue.push_back(static_cast<int32_t>(head));
+            solved.push_back(static_cast<int32_t>(head));
         numbering.ForEachStep(at, [&](int, int, int, int32_t index) {
-            if (order_[index] < 0) {
-                order_[index] = static_cast<int32_t>(group.size());
+            if (order_[index] == Outside) {
+                order_[index] = static_cast<uint16_t>(group.size());
                 group.push_back(index);
             }
             neighbours.push_back(order_[index]);
@@ -841,8 +843,11 @@ Guide::Guide(const Layout &start)
     }
     firstNeighbour.push_back(static_cast<int32_t>(neighbours.size()));
 
-    // Outwards from every solved position of the group at once.
+    // Outwards from every solved position of the group at once, in the
+    // group's buffer: its position numbers are no longer needed.
     distance_.assign(group.size(), Unsolvable);
+    std::vector<int32_t> queue = std::move(group);
+    queue.assign(solved.begin(), solved.end());
     for (const int32_t place : queue)
         distance_[place] = 0;
     for (size_t head = 0; head < queue.size(); ++head) {
@@ -859,7 +864,7 @@ Guide::Guide(const Layout &start)
 bool Guide::Knows(const Layout &codes) const
 {
     return !order_.empty() && CheckLayout(codes).empty()
-        && order_[Numbering::Get().IndexOf(BoardOfLayout(codes))] >= 0;
+        && order_[Numbering::Get().IndexOf(BoardOfLayout(codes))] != Outside;
 }
 
 int Guide::StepsLeft(const Layout &codes) const
