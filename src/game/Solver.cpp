@@ -274,6 +274,23 @@ constexpr int BitCount(uint32_t bits)
     return static_cast<int>((((bits + (bits >> 4)) & 0x0F0F0F0Fu) * 0x01010101u) >> 24);
 }
 
+// Binomial coefficients n choose k for k up to 4, enough to rank a set of
+// four of the cells that may hold a tall block's top-left cell.
+constexpr int TallCells = 16; // rows 0 to 3
+
+constexpr std::array<std::array<int16_t, 5>, TallCells> MakeBinomials()
+{
+    std::array<std::array<int16_t, 5>, TallCells> choose {};
+    for (int n = 0; n < TallCells; ++n) {
+        choose[n][0] = 1;
+        for (int k = 1; k <= 4; ++k)
+            choose[n][k] = int16_t(n == 0 ? 0 : choose[n - 1][k - 1] + choose[n - 1][k]);
+    }
+    return choose;
+}
+
+constexpr auto Choose = MakeBinomials();
+
 // The numbering of positions described at the top of the file.
 class Numbering
 {
@@ -288,9 +305,7 @@ public:
 
     int32_t IndexOf(const Outline &outline) const
     {
-        const int32_t arrangement = arrangementOf_[size_t(tallSetOf_[outline.tall]) * Spots
-            + Spot(outline.big) * WideSpots + Spot(outline.wide)];
-        return IndexWithin(arrangement, outline.occupied);
+        return IndexWithin(ArrangementOf(outline), outline.occupied);
     }
 
     // A small block's slide keeps the arrangement: only the free pair changes.
@@ -313,16 +328,69 @@ public:
         const auto [i, j] = pairs_[index % FreePairs];
         Board board;
         int slot = LayLargerBlocks(arrangement, board);
-        int nth = 0;
         board.occupied = AllCells;
-        for (uint32_t rest = arrangement.rest; rest != 0; rest &= rest - 1, ++nth) {
-            const int cell = std::countr_zero(rest);
+        for (int nth = 0; nth < RestCells; ++nth) {
+            const int cell = arrangement.restCell[nth];
             if (nth == i || nth == j)
                 board.occupied &= ~(uint32_t(1) << cell);
             else
                 board.cell[slot++] = static_cast<uint8_t>(cell);
         }
         return board;
+    }
+
+    bool IsSolvedAt(int32_t index) const
+    {
+        return arrangements_[index / FreePairs].big == CellOfGoal;
+    }
+
+    // Every single step from the position with this number, as
+    // visit(shape, from, to, index after the step), in the order ForEachSlide
+    // finds them, without laying out the board: what a block next to a free
+    // cell is follows from the arrangement alone.
+    template<class Visit>
+    void ForEachStep(int32_t index, Visit &&visit) const
+    {
+        const int32_t number = index / FreePairs;
+        const Arrangement &arrangement = arrangements_[number];
+        const auto [i, j] = pairs_[index % FreePairs];
+        const uint32_t freeCells
+            = (uint32_t(1) << arrangement.restCell[i]) | (uint32_t(1) << arrangement.restCell[j]);
+        const uint32_t occupied = AllCells & ~freeCells;
+        const uint32_t bigCells = T.footprint[BigShape][arrangement.big];
+        const uint32_t wideCells = T.footprint[WideShape][arrangement.wide];
+        for (const int freeCell : {arrangement.restCell[i], arrangement.restCell[j]}) {
+            for (int direction = Up; direction <= Right; ++direction) {
+                const int neighbour = A.from[freeCell][direction];
+                if (neighbour < 0 || !(occupied >> neighbour & 1))
+                    continue;
+                int shape = TallShape, from = neighbour;
+                if (arrangement.rest >> neighbour & 1)
+                    shape = SmallShape;
+                else if (bigCells >> neighbour & 1)
+                    shape = BigShape, from = arrangement.big;
+                else if (wideCells >> neighbour & 1)
+                    shape = WideShape, from = arrangement.wide;
+                else if (!(arrangement.tall >> neighbour & 1))
+                    from = neighbour - BoardCols;
+                const uint32_t cells = T.footprint[shape][from];
+                const uint32_t others = occupied & ~cells;
+                int at = T.next[shape][from][direction];
+                // A block whose leading edge is two cells wide borders both
+                // free cells: its step is taken from the first of them only.
+                if (at < 0 || std::countr_zero(T.footprint[shape][at] & ~cells) != freeCell)
+                    continue;
+                for (; at >= 0; at = T.next[shape][at][direction]) {
+                    if (T.footprint[shape][at] & others)
+                        break;
+                    const uint32_t after = others | T.footprint[shape][at];
+                    const int32_t next = shape == SmallShape
+                        ? IndexWithin(number, after)
+                        : IndexOf(OutlineAfter(arrangement, shape, from, at, after));
+                    visit(shape, from, at, next);
+                }
+            }
+        }
     }
 
     // Every position in number order, as visit(index, board, owners). The
@@ -338,10 +406,7 @@ public:
             int slot = LayLargerBlocks(arrangement, board);
             for (slot = 0; slot < EndSlot[TallShape]; ++slot)
                 MarkOwner(owner, slot, board.cell[slot]);
-            std::array<uint8_t, RestCells> rest {};
-            int n = 0;
-            for (uint32_t bits = arrangement.rest; bits != 0; bits &= bits - 1)
-                rest[n++] = static_cast<uint8_t>(std::countr_zero(bits));
+            const auto &rest = arrangement.restCell;
             for (const auto &[i, j] : pairs_) {
                 slot = FirstSlot[SmallShape];
                 for (int k = 0; k < RestCells; ++k)
@@ -356,17 +421,59 @@ public:
     }
 
 private:
+    // The tall blocks' top-left cells lie in rows 0 to 3, four of these
+    // sixteen; a set of them is numbered by its rank among all such sets in
+    // increasing order of their bits (the combinatorial number system).
+    static constexpr int TallSets = Choose[TallCells - 1][4] + Choose[TallCells - 1][3];
     // Top-left cells of the big and the wide block, as columns 0 to 2 of
     // rows 0 to 3 and 0 to 4.
-    static constexpr int BigSpots = 12, WideSpots = 15, Spots = BigSpots * WideSpots;
+    static constexpr int BigSpots = 12, WideSpots = 15;
     static int Spot(int cell) { return cell - cell / BoardCols; }
+
+    static int RankOfTallSet(uint32_t tall)
+    {
+        int rank = 0;
+        for (int k = 1; tall != 0; tall &= tall - 1, ++k)
+            rank += Choose[std::countr_zero(tall)][k];
+        return rank;
+    }
 
     struct Arrangement
     {
         uint32_t tall; // top-left cells of the tall blocks
         uint32_t rest; // the six cells no larger block covers
+        std::array<uint8_t, RestCells> restCell; // the same, in increasing order
         uint8_t big, wide;
     };
+
+    // The arrangements with one set of tall blocks and one place of the big
+    // block are numbered consecutively, in the order of the wide block's place.
+    struct WithBig
+    {
+        int16_t first = 0;
+        uint16_t wideSpots = 0; // bit per place of the wide block
+    };
+
+    int32_t ArrangementOf(const Outline &outline) const
+    {
+        const int tallSet = tallSetOf_[RankOfTallSet(outline.tall)];
+        const WithBig &withBig = withBig_[tallSet * BigSpots + Spot(outline.big)];
+        return withBig.first + BitCount(withBig.wideSpots & ((1u << Spot(outline.wide)) - 1));
+    }
+
+    // The outline once a larger block has stepped from the arrangement to `to`.
+    static Outline OutlineAfter(
+        const Arrangement &arrangement, int shape, int from, int to, uint32_t occupied)
+    {
+        Outline outline {arrangement.tall, occupied, arrangement.big, arrangement.wide};
+        if (shape == TallShape)
+            outline.tall ^= (uint32_t(1) << from) | (uint32_t(1) << to);
+        else if (shape == BigShape)
+            outline.big = to;
+        else
+            outline.wide = to;
+        return outline;
+    }
 
     // Puts the big, the wide and the tall blocks of an arrangement on the
     // board; returns the first slot left for the small ones.
@@ -380,47 +487,32 @@ private:
         return slot;
     }
 
+    // Arrangements in increasing order of the tall set's bits, then of the
+    // big block's cell, then of the wide block's.
     Numbering()
     {
         tallSetOf_.fill(-1);
+        arrangements_.reserve(4392);
+        withBig_.reserve(886 * BigSpots);
         int tallSets = 0;
-        std::vector<uint32_t> tallCovers;
-        for (uint32_t tall = 0; tall < tallSetOf_.size(); ++tall) {
-            if (std::popcount(tall) != 4)
-                continue;
-            uint32_t cover = 0;
-            bool overlap = false;
-            for (uint32_t bits = tall; bits != 0; bits &= bits - 1) {
-                const uint32_t mask = T.footprint[TallShape][std::countr_zero(bits)];
-                overlap = overlap || (cover & mask);
-                cover |= mask;
-            }
-            if (overlap)
-                continue;
-            tallSetOf_[tall] = static_cast<int16_t>(tallSets++);
-            tallCovers.push_back(cover);
-        }
-        arrangementOf_.assign(size_t(tallSets) * Spots, -1);
-        for (uint32_t tall = 0; tall < tallSetOf_.size(); ++tall) {
-            if (tallSetOf_[tall] < 0)
-                continue;
-            const uint32_t cover = tallCovers[tallSetOf_[tall]];
-            for (int big = 0; big < CellCount; ++big) {
-                const uint32_t bigMask = T.footprint[BigShape][big];
-                if (bigMask == 0 || (bigMask & cover))
-                    continue;
-                for (int wide = 0; wide < CellCount; ++wide) {
-                    const uint32_t wideMask = T.footprint[WideShape][wide];
-                    if (wideMask == 0 || (wideMask & (cover | bigMask)))
-                        continue;
-                    arrangementOf_[size_t(tallSetOf_[tall]) * Spots + Spot(big) * WideSpots
-                        + Spot(wide)]
-                        = static_cast<int16_t>(arrangements_.size());
-                    arrangements_.push_back({tall, AllCells & ~(cover | bigMask | wideMask),
-                        static_cast<uint8_t>(big), static_cast<uint8_t>(wide)});
-                }
-            }
-        }
+        for (int a = 3; a < TallCells; ++a)
+            for (int b = 2; b < a; ++b)
+                for (int c = 1; c < b; ++c)
+                    for (int d = 0; d < c; ++d) {
+                        const uint32_t tall = (uint32_t(1) << a) | (uint32_t(1) << b)
+                            | (uint32_t(1) << c) | (uint32_t(1) << d);
+                        uint32_t cover = 0;
+                        bool overlap = false;
+                        for (const int cell : {a, b, c, d}) {
+                            const uint32_t mask = T.footprint[TallShape][cell];
+                            overlap = overlap || (cover & mask);
+                            cover |= mask;
+                        }
+                        if (!overlap) {
+                            tallSetOf_[RankOfTallSet(tall)] = static_cast<int16_t>(tallSets++);
+                            AddArrangements(tall, cover);
+                        }
+                    }
         int pair = 0;
         for (int i = 0; i < RestCells; ++i)
             for (int j = i + 1; j < RestCells; ++j) {
@@ -429,10 +521,35 @@ private:
             }
     }
 
-    // Indexed by the set of the tall blocks' top-left cells, all in rows 0 to 3.
-    std::array<int16_t, 1 << 16> tallSetOf_ {};
-    // Tall set * Spots + big spot * WideSpots + wide spot; sparse, so kept narrow.
-    std::vector<int16_t> arrangementOf_;
+    void AddArrangements(uint32_t tall, uint32_t cover)
+    {
+        for (int big = 0; big < CellCount; ++big) {
+            const uint32_t bigMask = T.footprint[BigShape][big];
+            if (bigMask == 0)
+                continue;
+            WithBig &withBig = withBig_.emplace_back();
+            withBig.first = static_cast<int16_t>(arrangements_.size());
+            if (bigMask & cover)
+                continue;
+            for (int wide = 0; wide < CellCount; ++wide) {
+                const uint32_t wideMask = T.footprint[WideShape][wide];
+                if (wideMask == 0 || (wideMask & (cover | bigMask)))
+                    continue;
+                withBig.wideSpots |= uint16_t(1u << Spot(wide));
+                Arrangement &arrangement = arrangements_.emplace_back();
+                arrangement.tall = tall;
+                arrangement.rest = AllCells & ~(cover | bigMask | wideMask);
+                int nth = 0;
+                for (uint32_t rest = arrangement.rest; rest != 0; rest &= rest - 1)
+                    arrangement.restCell[nth++] = static_cast<uint8_t>(std::countr_zero(rest));
+                arrangement.big = static_cast<uint8_t>(big);
+                arrangement.wide = static_cast<uint8_t>(wide);
+            }
+        }
+    }
+
+    std::array<int16_t, TallSets> tallSetOf_ {}; // by rank; -1 where tall blocks overlap
+    std::vector<WithBig> withBig_; // tall set * BigSpots + big block's place
     std::vector<Arrangement> arrangements_;
     std::array<std::array<int8_t, RestCells>, RestCells> pairOf_ {};
     std::array<std::pair<int, int>, FreePairs> pairs_ {};
@@ -692,48 +809,45 @@ Guide::Guide(const Layout &start)
     if (!CheckLayout(start).empty())
         return;
     const Numbering &numbering = Numbering::Get();
-    order_.assign(size_t(numbering.Count()), -1);
+    order_.assign(size_t(numbering.Count()), Outside);
 
     // The group, in the order a search from the layout meets it, with its
-    // moves kept as places in that order for the second search.
+    // moves kept as places in that order for the second search. Places are
+    // narrow and the buffers are reused, since on the first hint of a run
+    // every fresh page costs a fault.
     std::vector<int32_t> group;
     std::vector<int32_t> firstNeighbour;
-    std::vector<int32_t> neighbours;
-    std::vector<int32_t> queue; // places of the solved positions, then the search
+    std::vector<uint16_t> neighbours;
+    std::vector<int32_t> solved; // places
     // Room for the largest group, so that the search never copies.
     constexpr size_t LargestGroup = 26000;
+    static_assert(LargestGroup < Outside);
     group.reserve(LargestGroup);
     firstNeighbour.reserve(LargestGroup + 1);
     neighbours.reserve(LargestGroup * 8);
-    queue.reserve(LargestGroup);
     const int32_t first = numbering.IndexOf(BoardOfLayout(start));
     order_[first] = 0;
     group.push_back(first);
     for (size_t head = 0; head < group.size(); ++head) {
         const int32_t at = group[head];
         firstNeighbour.push_back(static_cast<int32_t>(neighbours.size()));
-        const Board board = numbering.BoardAt(at);
-        if (IsSolvedBoard(board))
-            queue.push_back(static_cast<int32_t>(head));
-        const Outline outline = OutlineOf(board);
-        const int32_t arrangement = at / FreePairs;
-        ForEachSlide(board, [&](int slot, int from, int to) {
-            const Outline next = Slid(outline, slot, from, to);
-            const int32_t index = SlotShape[slot] == SmallShape
-                ? numbering.IndexWithin(arrangement, next.occupied)
-                : numbering.IndexOf(next);
-            if (order_[index] < 0) {
-                order_[index] = static_cast<int32_t>(group.size());
+        if (numbering.IsSolvedAt(at))
+            solved.push_back(static_cast<int32_t>(head));
+        numbering.ForEachStep(at, [&](int, int, int, int32_t index) {
+            if (order_[index] == Outside) {
+                order_[index] = static_cast<uint16_t>(group.size());
                 group.push_back(index);
             }
             neighbours.push_back(order_[index]);
-            return false;
         });
     }
     firstNeighbour.push_back(static_cast<int32_t>(neighbours.size()));
 
-    // Outwards from every solved position of the group at once.
+    // Outwards from every solved position of the group at once, in the
+    // group's buffer: its position numbers are no longer needed.
     distance_.assign(group.size(), Unsolvable);
+    std::vector<int32_t> queue = std::move(group);
+    queue.assign(solved.begin(), solved.end());
     for (const int32_t place : queue)
         distance_[place] = 0;
     for (size_t head = 0; head < queue.size(); ++head) {
@@ -750,7 +864,7 @@ Guide::Guide(const Layout &start)
 bool Guide::Knows(const Layout &codes) const
 {
     return !order_.empty() && CheckLayout(codes).empty()
-        && order_[Numbering::Get().IndexOf(BoardOfLayout(codes))] >= 0;
+        && order_[Numbering::Get().IndexOf(BoardOfLayout(codes))] != Outside;
 }
 
 int Guide::StepsLeft(const Layout &codes) const

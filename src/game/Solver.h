@@ -126,6 +126,8 @@ public:
     int PositionCount() const { return static_cast<int>(distance_.size()); }
 
 private:
-    std::vector<int32_t> order_; // position number -> place in the group, -1 outside
+    // A group holds at most 25,955 positions, so a place fits in 16 bits.
+    static constexpr uint16_t Outside = 0xFFFF;
+    std::vector<uint16_t> order_; // position number -> place in the group, or Outside
     std::vector<int16_t> distance_; // by place in the group
 };
