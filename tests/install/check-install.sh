@@ -105,7 +105,7 @@ export DISPLAY
 starts() {
     title=$1; shift
     (cd / && player env -u XDG_DATA_HOME HOME="$home" "$@" "$root/usr/games/quorvel" \
-        > /dev/null 2>&1 & echo $! > "$dir/game")
+        > "$dir/game.log" 2>&1 & echo $! > "$dir/game")
     found=no
     for _ in $(seq 100); do
         if xdotool search --onlyvisible --name "^$title\$" > /dev/null 2>&1; then found=yes; break; fi
@@ -113,7 +113,8 @@ starts() {
     done
     kill "$(cat "$dir/game")" 2> /dev/null || true
     while kill -0 "$(cat "$dir/game")" 2> /dev/null; do sleep 0.1; done
-    [ $found = yes ]
+    # What the game said, for whoever reads a failure.
+    [ $found = yes ] || { cat "$dir/game.log" >&2; false; }
 }
 before=$(cd "$root" && ls -lR --time-style=full-iso)
 starts Quorvel || fail "the installed game did not start for a player"
