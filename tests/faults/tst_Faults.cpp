@@ -124,11 +124,18 @@ public:
         QMap<QString, QFile::Permissions> modes;
         for (const QString &entry : kept.keys())
             modes[entry] = QFile::permissions(File(entry));
-        if (::mount("tmpfs", Mount(name), "tmpfs", 0, "size=16m") != 0)
+        // Room for what the folder holds (a sanitized program is large)
+        // and a little more, which the filler then takes.
+        qint64 bytes = 1 << 20;
+        for (const QByteArray &content : kept)
+            bytes += content.size() + 4096;
+        const QByteArray size = "size=" + QByteArray::number(bytes / 1024 + 1) + "k";
+        if (::mount("tmpfs", Mount(name), "tmpfs", 0, size.constData()) != 0)
             return false;
         for (auto it = kept.cbegin(); it != kept.cend(); ++it) {
-            it.value() == "<folder>" ? void(QDir(path()).mkpath(it.key()))
-                                     : void(Write(it.key(), it.value()));
+            if (it.value() == "<folder>" ? !QDir(path()).mkpath(it.key())
+                                         : !Write(it.key(), it.value()))
+                return false;
             QFile::setPermissions(File(it.key()), modes[it.key()]);
         }
         const int fd = ::open(QFile::encodeName(File(name + "/filler")), O_WRONLY | O_CREAT, 0644);
