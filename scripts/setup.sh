@@ -17,7 +17,7 @@ packages=(
     imagemagick  # stores the gallery's skins as GIF, JPEG and run-length DIB
     libbenchmark-dev
     # testing: a real X server to drive, pictures to compare, the formatter
-    xvfb xdotool x11-utils openbox fonts-dejavu-core desktop-file-utils
+    xvfb xdotool x11-utils fonts-dejavu-core desktop-file-utils
     # packaging: dependencies computed by dpkg-shlibdeps, the package and its metadata checked
     dpkg-dev appstream lintian
     clang clang-format

@@ -37,10 +37,7 @@ QSize CentreOnScreen(QWidget &window, const ScreenMetrics &screen)
 }
 
 // Centres the main window once more when its outer size first differs from
-// the one it was centred by, then goes. A manager may frame the window
-// around the client where it stands, which moves nothing, and its frame's
-// size may reach Qt after the last event of the mapping: events and a short
-// watch both look, and the watch gives up after two seconds.
+// the one it was centred by, then goes.
 class CentreWhenFramed : public QObject
 {
 public:
@@ -48,52 +45,28 @@ public:
         : QObject(&form)
         , form_(form)
         , centredBy_(centredBy)
-        , watch_(startTimer(50))
     {
         form.installEventFilter(this);
     }
 
     bool eventFilter(QObject *, QEvent *event) override
     {
+        // A manager may frame the window around the client where it stands,
+        // which moves nothing: the frame is there by the next paint.
         const QEvent::Type type = event->type();
-        if (type == QEvent::Move || type == QEvent::Resize || type == QEvent::Paint
-            || type == QEvent::WindowActivate)
-            Look();
+        if ((type == QEvent::Move || type == QEvent::Resize || type == QEvent::Paint
+                || type == QEvent::WindowActivate)
+            && form_.frameGeometry().size() != centredBy_) {
+            form_.removeEventFilter(this);
+            CentreOnScreen(form_, form_.Screen());
+            deleteLater();
+        }
         return false;
     }
 
-protected:
-    void timerEvent(QTimerEvent *) override
-    {
-        if (++ticks_ > 40)
-            Go();
-        else
-            Look();
-    }
-
 private:
-    void Look()
-    {
-        if (!gone_ && form_.frameGeometry().size() != centredBy_) {
-            CentreOnScreen(form_, form_.Screen());
-            Go();
-        }
-    }
-    void Go()
-    {
-        if (gone_)
-            return;
-        gone_ = true;
-        form_.removeEventFilter(this);
-        killTimer(watch_);
-        deleteLater();
-    }
-
     frmMain &form_;
     QSize centredBy_;
-    int watch_ = 0;
-    int ticks_ = 0;
-    bool gone_ = false;
 };
 
 // Reads the picture on a thread of its own: the window repaints meanwhile

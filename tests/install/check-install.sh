@@ -107,7 +107,7 @@ starts() {
     (cd / && player env -u XDG_DATA_HOME HOME="$home" "$@" "$root/usr/games/quorvel" \
         > "$dir/game.log" 2>&1 & echo $! > "$dir/game")
     found=no
-    for _ in $(seq 100); do
+    for _ in $(seq 300); do
         if xdotool search --onlyvisible --name "^$title\$" > /dev/null 2>&1; then found=yes; break; fi
         sleep 0.1
     done

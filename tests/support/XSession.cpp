@@ -88,8 +88,6 @@ XSession::XSession()
 XSession::~XSession()
 {
     EndProgram();
-    manager_.kill();
-    manager_.waitForFinished();
     server_.terminate();
     if (!server_.waitForFinished(5000))
         server_.kill();
@@ -159,38 +157,6 @@ QRect XSession::Geometry(qulonglong window)
     };
     shell.prepend('\n');
     return {value("X"), value("Y"), value("WIDTH"), value("HEIGHT")};
-}
-
-bool XSession::StartWindowManager()
-{
-    manager_.setProcessEnvironment(EnvironmentFor(Display()));
-    manager_.start("openbox", {});
-    return manager_.waitForStarted(10000) && Poll(10000, [&] {
-        QByteArray check;
-        return Run(Display(), "xprop", {"-root", "_NET_SUPPORTING_WM_CHECK"}, &check)
-            && check.contains("window id");
-    });
-}
-
-QRect XSession::FrameGeometry(qulonglong window)
-{
-    const QString id = QString::number(window);
-    QByteArray info, extents;
-    if (!Run(Display(), "xwininfo", {"-id", id}, &info)
-        || !Run(Display(), "xprop", {"-id", id, "_NET_FRAME_EXTENTS"}, &extents))
-        return {};
-    const QStringList lines = QString::fromLatin1(info).split('\n');
-    const auto field = [&lines](const char *name) {
-        return lines.filter(name).value(0).section(':', 1).trimmed().toInt();
-    };
-    // "_NET_FRAME_EXTENTS(CARDINAL) = left, right, top, bottom"
-    const QStringList edges = QString::fromLatin1(extents).section('=', 1).split(',');
-    if (edges.size() != 4)
-        return {};
-    const int left = edges[0].trimmed().toInt(), right = edges[1].trimmed().toInt(),
-              top = edges[2].trimmed().toInt(), bottom = edges[3].trimmed().toInt();
-    return {field("Absolute upper-left X") - left, field("Absolute upper-left Y") - top,
-        field("Width") + left + right, field("Height") + top + bottom};
 }
 
 QImage XSession::Screenshot()

@@ -37,13 +37,6 @@ public:
     // The window's outer rectangle on the screen.
     QRect Geometry(qulonglong window);
 
-    // A window manager on this display until the session ends; true once it
-    // has taken over the screen.
-    bool StartWindowManager();
-    // The frame a window manager put around the window, title bar included:
-    // an empty rectangle until the manager has framed it.
-    QRect FrameGeometry(qulonglong window);
-
     QImage Screenshot();
     // Takes screenshots until `check` accepts one.
     bool WaitForScreen(const std::function<bool(const QImage &)> &check, int timeoutMs = 10000);
@@ -65,5 +58,4 @@ private:
     int display_ = -1;
     QProcess server_;
     QProcess program_;
-    QProcess manager_;
 };

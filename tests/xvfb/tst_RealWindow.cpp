@@ -73,7 +73,6 @@ private slots:
     void startsEmptyAndCentred();
     void playsALevelToTheCongratulation();
     void savesChangesAndLoadsTheGameBack();
-    void centresItsFrameUnderAWindowManager(); // last: the manager stays
 
 private:
     // The pressed block wears the selection frame, five pixels wide: only
@@ -254,23 +253,6 @@ void tst_RealWindow::savesChangesAndLoadsTheGameBack()
             && BlockOn(shot, two.piece, CodeOf(two.from));
     }));
     QCOMPARE(Leave(), 0); // a game just loaded leaves without a question
-}
-
-// A manager frames the window only once it is shown; the frame, title bar
-// included, is what stands in the middle of the screen.
-void tst_RealWindow::centresItsFrameUnderAWindowManager()
-{
-    x->EndProgram();
-    QVERIFY2(x->StartWindowManager(), "openbox did not take over the screen");
-    QVERIFY(x->Launch(folder->filePath("quorvel")));
-    window = x->WaitForWindow("Quorvel");
-    QVERIFY(window);
-    QRect frame;
-    QTRY_VERIFY_WITH_TIMEOUT((frame = x->FrameGeometry(window)).height() > 405 + 20, 10000);
-    // 1024 x 768: a 410 x 445 frame, say, has its corner at (307, 161).
-    QTRY_COMPARE_WITH_TIMEOUT(x->FrameGeometry(window).topLeft(),
-        QPoint((1024 - frame.width()) / 2, (768 - frame.height()) / 2), 5000);
-    QCOMPARE(Leave(), 0);
 }
 
 QTEST_GUILESS_MAIN(tst_RealWindow)
