@@ -425,9 +425,8 @@ private:
     // sixteen; a set of them is numbered by its rank among all such sets in
     // increasing order of their bits (the combinatorial number system).
     static constexpr int TallSets = Choose[TallCells - 1][4] + Choose[TallCells - 1][3];
-    // Top-left cells of the big and the wide block, as columns 0 to 2 of
-    // rows 0 to 3 and 0 to 4.
-    static constexpr int BigSpots = 12, WideSpots = 15;
+    // Top-left cells of the big block, as columns 0 to 2 of rows 0 to 3.
+    static constexpr int BigSpots = 12;
     static int Spot(int cell) { return cell - cell / BoardCols; }
 
     static int RankOfTallSet(uint32_t tall)
