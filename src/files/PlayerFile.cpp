@@ -3,11 +3,8 @@
 #include <QFile>
 
 #include <cerrno>
-#include <chrono>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -18,8 +15,7 @@ namespace {
 constexpr qint64 PlayerReadLimit = 1024 * 1024;
 // Another copy holds the lock only while it reads and writes a few hundred
 // bytes; one that holds it longer has stopped, and waiting on would hang.
-constexpr auto LockPatience = std::chrono::seconds(2);
-constexpr auto LockRetry = std::chrono::milliseconds(10);
+constexpr auto LockPatience = std::chrono::milliseconds(2000);
 
 bool IsDigits(const QByteArray &text)
 {
@@ -77,16 +73,10 @@ public:
         }
         if (fd_ < 0)
             return ErrorFromErrno(errno);
-        const auto giveUp = std::chrono::steady_clock::now() + LockPatience;
-        while (::flock(fd_, LOCK_EX | LOCK_NB) != 0) {
-            if (errno != EWOULDBLOCK && errno != EINTR)
-                return ErrorFromErrno(errno);
-            if (std::chrono::steady_clock::now() > giveUp)
-                return {
-                    EWOULDBLOCK, QStringLiteral("Another copy of the game kept the file locked")};
-            std::this_thread::sleep_for(LockRetry);
-        }
-        return {};
+        const int number = LockWithPatience(fd_, LockPatience);
+        if (number == EWOULDBLOCK)
+            return {EWOULDBLOCK, QStringLiteral("Another copy of the game kept the file locked")};
+        return number ? ErrorFromErrno(number) : FileError {};
     }
 
 private:

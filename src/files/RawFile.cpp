@@ -198,6 +198,20 @@ FileError ErrorFromErrno(int number)
     return {number, QString::fromLocal8Bit(std::strerror(number))};
 }
 
+int LockWithPatience(int fd, std::chrono::milliseconds patience)
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point giveUp = Clock::now() + patience;
+    while (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EINTR)
+            continue;
+        if (errno != EWOULDBLOCK || Clock::now() >= giveUp)
+            return errno;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return 0;
+}
+
 FileError ReadFileStart(const QString &path, qint64 limit, QByteArray &bytes, Lock lock)
 {
     bytes.clear();
@@ -213,15 +227,9 @@ FileError ReadFileStart(const QString &path, qint64 limit, QByteArray &bytes, Lo
         return error;
     if (lock == Lock::Exclusive) {
         // Another copy starting at the same moment holds it only briefly.
-        using Clock = std::chrono::steady_clock;
-        const Clock::time_point giveUp = Clock::now() + std::chrono::milliseconds(LockPatienceMs);
-        while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
-            if (errno == EINTR)
-                continue;
-            if (errno != EWOULDBLOCK || Clock::now() >= giveUp)
-                return ErrorFromErrno(errno);
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        if (const int number
+            = LockWithPatience(file.get(), std::chrono::milliseconds(LockPatienceMs)))
+            return ErrorFromErrno(number);
     }
     bytes.resize(limit);
     qint64 done = 0;

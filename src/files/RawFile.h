@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <chrono>
+
 struct FileError
 {
     int number = 0; // errno, or 0 when all went well
@@ -14,6 +16,11 @@ struct FileError
 };
 
 FileError ErrorFromErrno(int number);
+
+// Takes an exclusive lock on the open file, waiting up to `patience` for a
+// copy of the game that holds it for a moment: 0, or the errno of the
+// failure (EWOULDBLOCK when the other kept it longer).
+int LockWithPatience(int fd, std::chrono::milliseconds patience);
 
 enum class Lock { None, Exclusive };
 
