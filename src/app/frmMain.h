@@ -154,6 +154,8 @@ private:
     void Glide(const Move &move);
     // Lands a gliding block on its cell at once; every command and key does
     // this first, so no block is ever left between cells.
+    // Lands a gliding block first; false while no game is on or a block is held.
+    bool ReadyForStep();
     void FinishGlide();
     void WinIfSolved(const Move &move);
     void UpdateGameMenu();

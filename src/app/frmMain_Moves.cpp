@@ -191,10 +191,7 @@ void frmMain::keyPressEvent(QKeyEvent *event)
         QMainWindow::keyPressEvent(event);
         return;
     }
-    if (selected_ < 0 || drag.dragging)
-        return;
-    FinishGlide();
-    if (!playing_)
+    if (selected_ < 0 || !ReadyForStep())
         return;
     if (const std::optional<Move> step = KeyStep(game, selected_, dCol, dRow)) {
         history.Make(game, *step);
@@ -202,10 +199,15 @@ void frmMain::keyPressEvent(QKeyEvent *event)
     }
 }
 
-void frmMain::mnuUndo_Click()
+bool frmMain::ReadyForStep()
 {
     FinishGlide();
-    if (!playing_ || drag.dragging)
+    return playing_ && !drag.dragging;
+}
+
+void frmMain::mnuUndo_Click()
+{
+    if (!ReadyForStep())
         return;
     if (const std::optional<Move> step = history.Undo(game))
         ShowStep(*step, false, true);
@@ -213,8 +215,7 @@ void frmMain::mnuUndo_Click()
 
 void frmMain::mnuRedo_Click()
 {
-    FinishGlide();
-    if (!playing_ || drag.dragging)
+    if (!ReadyForStep())
         return;
     if (const std::optional<Move> step = history.Redo(game))
         ShowStep(*step);
@@ -222,8 +223,7 @@ void frmMain::mnuRedo_Click()
 
 void frmMain::mnuRestart_Click()
 {
-    FinishGlide();
-    if (!playing_ || drag.dragging || history.Restart(game) == 0)
+    if (!ReadyForStep() || history.Restart(game) == 0)
         return;
     for (int16_t i = 0; i < PieceCount; ++i)
         PlaceImageOnCell(i, {game.pieces[i].col, game.pieces[i].row});
@@ -234,8 +234,7 @@ void frmMain::mnuRestart_Click()
 
 void frmMain::mnuHint_Click()
 {
-    FinishGlide();
-    if (!playing_ || drag.dragging)
+    if (!ReadyForStep())
         return;
     const Layout codes = game.EncodePositions();
     const int left = StepsLeft(codes);
