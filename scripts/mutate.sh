@@ -1,0 +1,164 @@
+#!/usr/bin/env bash
+# Plants each fault listed at the end of this file, one at a time, in a
+# scratch copy of the tree, runs the tests and names every fault that no test
+# catches. A fault the tests miss is a behaviour nothing guards.
+#
+#   scripts/mutate.sh              every fault
+#   scripts/mutate.sh PATTERN      only the faults whose title matches PATTERN
+#
+# The scratch copy lives in $QUORVEL_MUTATE_DIR (default
+# /var/tmp/quorvel-mutate) and keeps its build between runs, so a second run
+# only rebuilds what changed. Ends with status 0 only when every fault planted
+# was caught.
+#
+# A fault is a block of lines, blocks separated by a blank line:
+#   fault:   what goes wrong, as a player or a reviewer would say it
+#   file:    the source file, from the top of the tree
+#   find:    text that occurs exactly once in that file
+#   replace: what it becomes (\n and \t are a line break and a tab)
+#   tests:   optional CTest regex of the suites expected to catch it; they run
+#            first, and the whole suite runs when they do not
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/setup.sh
+python3 - "$PWD" "$0" "${1:-}" <<'PY'
+import os, re, subprocess, sys, shutil
+
+top, script, pattern = sys.argv[1], sys.argv[2], sys.argv[3]
+scratch = os.environ.get("QUORVEL_MUTATE_DIR", "/var/tmp/quorvel-mutate")
+build = os.path.join(scratch, "build")
+
+
+def parse_faults(text):
+    faults = []
+    for block in re.split(r"\n\s*\n", text.split("\n#### FAULTS ####\n", 1)[1]):
+        fields = {}
+        for line in block.splitlines():
+            if line.startswith("#") or not line.strip():
+                continue
+            key, _, value = line.partition(":")
+            fields[key.strip()] = value[1:] if value.startswith(" ") else value
+        if fields:
+            missing = {"fault", "file", "find", "replace"} - fields.keys()
+            if missing:
+                sys.exit(f"mutate: a fault lacks {', '.join(sorted(missing))}: {block!r}")
+            for key in ("find", "replace"):
+                fields[key] = fields[key].replace("\\n", "\n").replace("\\t", "\t")
+            faults.append(fields)
+    return faults
+
+
+def copy_tree():
+    # Only what git knows of (committed or not, never ignored), and only the
+    # files that differ, so the scratch build stays incremental.
+    listed = subprocess.run(
+        ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"],
+        cwd=top, check=True, capture_output=True).stdout.decode().split("\0")
+    wanted = {path for path in listed if path and os.path.isfile(os.path.join(top, path))}
+    for path in wanted:
+        source, target = os.path.join(top, path), os.path.join(scratch, path)
+        with open(source, "rb") as f:
+            data = f.read()
+        if os.path.isfile(target):
+            with open(target, "rb") as f:
+                if f.read() == data:
+                    continue
+        os.makedirs(os.path.dirname(target), exist_ok=True)
+        shutil.copy2(source, target)
+    for root, dirs, files in os.walk(scratch):
+        if root == scratch:
+            dirs[:] = [d for d in dirs if d != "build"]
+        for name in files:
+            path = os.path.relpath(os.path.join(root, name), scratch)
+            if path not in wanted:
+                os.remove(os.path.join(root, name))
+
+
+def run(command, log):
+    with open(log, "w") as out:
+        return subprocess.run(command, cwd=scratch, stdout=out, stderr=subprocess.STDOUT).returncode
+
+
+def failed_tests(log):
+    with open(log) as f:
+        text = f.read()
+    return re.findall(r"^\s*\d+ - (\S+) \(", text.split("The following tests FAILED:")[-1], re.M) \
+        if "The following tests FAILED:" in text else []
+
+
+def ctest(regex, log):
+    command = ["ctest", "--test-dir", "build", "-j2", "--stop-on-failure", "--timeout", "600"]
+    if regex:
+        command += ["-R", regex]
+    return run(command, log)
+
+
+faults = parse_faults(open(script, encoding="utf-8").read())
+if pattern:
+    faults = [f for f in faults if re.search(pattern, f["fault"])]
+if not faults:
+    sys.exit("mutate: no fault matches")
+
+os.makedirs(scratch, exist_ok=True)
+copy_tree()
+configure = ["cmake", "-S", ".", "-B", "build", "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
+             "-DQUORVEL_BENCHMARKS=OFF"]
+if shutil.which("ccache"):
+    configure += ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache", "-DCMAKE_C_COMPILER_LAUNCHER=ccache"]
+log = os.path.join(scratch, "mutate.log")
+if run(configure, log) or run(["cmake", "--build", "build"], log):
+    sys.exit(f"mutate: the unchanged tree does not build; see {log}")
+if ctest("", log):
+    sys.exit(f"mutate: the unchanged tree fails its tests; see {log}")
+print(f"mutate: the unchanged tree passes; planting {len(faults)} faults")
+
+survivors, broken = [], []
+for number, fault in enumerate(faults, 1):
+    path = os.path.join(scratch, fault["file"])
+    with open(path, encoding="utf-8") as f:
+        original = f.read()
+    title = f"{number:2}. {fault['fault']}"
+    if original.count(fault["find"]) != 1:
+        print(f"CANNOT PLANT  {title}: the text occurs {original.count(fault['find'])} times in {fault['file']}")
+        broken.append(title)
+        continue
+    with open(path, "w", encoding="utf-8") as f:
+        f.write(original.replace(fault["find"], fault["replace"]))
+    try:
+        log = os.path.join(scratch, f"fault-{number}.log")
+        if run(["cmake", "--build", "build"], log):
+            print(f"DOES NOT BUILD {title}: see {log}")
+            broken.append(title)
+            continue
+        caught = bool(fault.get("tests")) and ctest(fault["tests"], log) != 0
+        if not caught:
+            caught = ctest("", log) != 0
+        if caught:
+            print(f"caught        {title}  (by {', '.join(failed_tests(log)) or 'the tests'})")
+        else:
+            print(f"SURVIVED      {title}")
+            survivors.append(title)
+    finally:
+        with open(path, "w", encoding="utf-8") as f:
+            f.write(original)
+
+run(["cmake", "--build", "build"], os.path.join(scratch, "mutate.log"))
+print(f"mutate: {len(faults) - len(survivors) - len(broken)} of {len(faults)} faults caught")
+for title in survivors:
+    print(f"  survived: {title}")
+for title in broken:
+    print(f"  not planted: {title}")
+sys.exit(1 if survivors or broken else 0)
+PY
+exit $?
+
+#### FAULTS ####
+
+# --- the windows, the dialogs and the platform (src/app, src/dialogs, src/platform) ---
+
+# --- the files and the skins (src/files, src/skin) ---
+fault: the code page's en dash and em dash swapped
+file: src/files/CodePage.cpp
+find:     0x2013,\n    0x2014,
+replace:     0x2014,\n    0x2013,
+tests: tst_Files
