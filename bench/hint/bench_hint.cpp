@@ -6,6 +6,7 @@
 #include "files/LevelFile.h"
 #include "game/History.h"
 #include "game/Solver.h"
+#include "game/WayOut.h"
 
 #include <benchmark/benchmark.h>
 
@@ -27,8 +28,7 @@ const LevelTable &Pack()
     return levels;
 }
 
-// The hardest level lies in one of the two largest groups, so its guide is
-// the costliest one to build.
+// The start of the hardest level, where a player most wants a hint.
 const Layout &Hardest()
 {
     return Pack()[LevelCount - 1].codes;
@@ -37,44 +37,26 @@ const Layout &Hardest()
 void FirstHintOfARun(benchmark::State &state)
 {
     const Layout &codes = Hardest();
-    for (auto _ : state) {
-        const Guide guide(codes);
-        benchmark::DoNotOptimize(guide.NextStep(codes));
-    }
-}
-BENCHMARK(FirstHintOfARun)->Iterations(1)->Repetitions(1)->Unit(benchmark::kMillisecond);
-
-// A hint in a group the guide has not seen: a new game, a loaded one.
-void HintInANewGroup(benchmark::State &state)
-{
-    const Layout &codes = Hardest();
-    for (auto _ : state) {
-        const Guide guide(codes);
-        benchmark::DoNotOptimize(guide.NextStep(codes));
-    }
-}
-BENCHMARK(HintInANewGroup)->Unit(benchmark::kMillisecond);
-
-// Every further hint of the game.
-void HintInAKnownGroup(benchmark::State &state)
-{
-    const Layout &codes = Hardest();
-    const Guide guide(codes);
     for (auto _ : state)
-        benchmark::DoNotOptimize(guide.NextStep(codes));
+        benchmark::DoNotOptimize(NextStepOut(codes));
 }
-BENCHMARK(HintInAKnownGroup)->Unit(benchmark::kMicrosecond);
+BENCHMARK(FirstHintOfARun)->Iterations(1)->Repetitions(1)->Unit(benchmark::kMicrosecond);
+
+// Every further hint: the look-ups of the position and of each step from it.
+void Hint(benchmark::State &state)
+{
+    const Layout &codes = Hardest();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(NextStepOut(codes));
+}
+BENCHMARK(Hint)->Unit(benchmark::kMicrosecond);
 
 // The step line's question after every step.
 void FewestLeftAfterAStep(benchmark::State &state)
 {
-    const Layout &codes = Hardest();
-    const Guide guide(codes);
-    const Layout next = ApplyMove(codes, LegalMoves(codes).front());
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(guide.Knows(next));
-        benchmark::DoNotOptimize(guide.StepsLeft(next));
-    }
+    const Layout next = ApplyMove(Hardest(), LegalMoves(Hardest()).front());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(FewestStepsLeft(next));
 }
 BENCHMARK(FewestLeftAfterAStep)->Unit(benchmark::kMicrosecond);
 

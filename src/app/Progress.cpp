@@ -1,19 +1,16 @@
 #include "Progress.h"
 
 #include "dialogs/frmLevel.h"
-#include "game/Solver.h"
+#include "game/WayOut.h"
 #include "platform/Platform.h"
 
 #include <QDir>
 
 std::array<int, LevelCount> FewestStepsOf(const LevelTable &levels)
 {
-    // One exploration of every position answers all seventy at once, in
-    // far less time than seventy searches.
-    const StateSpace space;
     std::array<int, LevelCount> fewest;
     for (size_t i = 0; i < levels.size(); ++i)
-        fewest[i] = space.StepsToSolve(levels[i].codes).value_or(-1);
+        fewest[i] = FewestStepsLeft(levels[i].codes);
     return fewest;
 }
 
@@ -35,13 +32,11 @@ void Progress::GameWon(QWidget *owner, int levelIndex, int32_t steps)
 
 void Progress::ShowIn(frmLevel &chooser, const LevelTable &levels)
 {
-    if (!fewest_)
-        fewest_ = FewestStepsOf(levels);
     // A file that cannot be read shows no level as solved; it is reported
     // when a win cannot be recorded in it.
     PlayerProgress progress;
     ReadPlayerFile(path_, progress);
-    chooser.ShowProgress(*fewest_, progress);
+    chooser.ShowProgress(FewestStepsOf(levels), progress);
 }
 
 bool Progress::FewestStepsLeftShown() const

@@ -15,8 +15,8 @@ class Platform;
 class QWidget;
 class frmLevel;
 
-// The fewest steps each level can be won in, by level index, found by the
-// solver; -1 for a level that cannot be won.
+// The fewest steps each level can be won in, by level index, from the table
+// the solver wrote when the game was built; -1 for a level that cannot be won.
 std::array<int, LevelCount> FewestStepsOf(const LevelTable &levels);
 
 class Progress
@@ -42,6 +42,5 @@ private:
 
     Platform &platform_;
     QString path_;
-    std::optional<std::array<int, LevelCount>> fewest_;
     bool reported_ = false;
 };

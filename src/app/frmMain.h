@@ -8,8 +8,8 @@
 #include "files/LevelFile.h"
 #include "game/GameState.h"
 #include "game/History.h"
+#include "game/Move.h"
 #include "game/Moves.h"
-#include "game/Solver.h"
 #include "platform/Platform.h"
 #include "skin/PictureClip.h"
 
@@ -160,9 +160,6 @@ private:
     void WinIfSolved(const Move &move);
     void UpdateGameMenu();
     void Select(int16_t piece);
-    // Fewest steps from the board to the exit, or Guide::Unsolvable; builds
-    // the guide on the first question in a group of positions.
-    int StepsLeft(const Layout &codes);
     QString FewestStepsLeftText();
     QString LevelPath() const;
     QString SkinPath(const QString &skinName) const;
@@ -177,8 +174,6 @@ private:
     bool statusShown_ = false; // the status line has shown a game
     bool showFewest_ = false;
     int16_t selected_ = -1;
-    // Built on the first question about the way out, never at start-up.
-    std::unique_ptr<Guide> guide_;
     QPropertyAnimation *glide_ = nullptr;
     std::optional<Move> gliding_;
 };

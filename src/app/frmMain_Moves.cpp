@@ -4,6 +4,8 @@
 #include "ImageControl.h"
 #include "frmMain.h"
 
+#include "game/WayOut.h"
+
 #include <QKeyEvent>
 #include <QPropertyAnimation>
 
@@ -237,14 +239,14 @@ void frmMain::mnuHint_Click()
     if (!ReadyForStep())
         return;
     const Layout codes = game.EncodePositions();
-    const int left = StepsLeft(codes);
+    const int left = FewestStepsLeft(codes);
     if (left == 0) {
         // Only a game that began with the big block on the exit gets here:
         // the way out needs no step, so the hint ends the game.
         FinishGame();
         return;
     }
-    const std::optional<Move> step = left > 0 ? guide_->NextStep(codes) : std::nullopt;
+    const std::optional<Move> step = NextStepOut(codes);
     if (!step) {
         platform_.MsgBox(this, QStringLiteral("There is no way out from this position."),
             Buttons::Ok, Icon::Information, QStringLiteral("Quorvel - Hint"));
@@ -254,19 +256,10 @@ void frmMain::mnuHint_Click()
     ShowStep(*step, true);
 }
 
-int frmMain::StepsLeft(const Layout &codes)
-{
-    if (!guide_ || !guide_->Knows(codes))
-        guide_ = std::make_unique<Guide>(codes);
-    // Only a board that fails the layout checks is unknown to a fresh guide;
-    // play never makes one, and it has no way out.
-    return guide_->Knows(codes) ? guide_->StepsLeft(codes) : int(Guide::Unsolvable);
-}
-
 QString frmMain::FewestStepsLeftText()
 {
-    const int left = StepsLeft(game.EncodePositions());
-    if (left == Guide::Unsolvable)
+    const int left = FewestStepsLeft(game.EncodePositions());
+    if (left == NoWayOut)
         return QStringLiteral(" - no way out");
     return QStringLiteral(" - fewest left: ") + QString::number(left);
 }

@@ -71,7 +71,7 @@ constexpr Tables MakeTables()
     return tables;
 }
 
-constexpr Tables T = MakeTables();
+constexpr Tables Shapes = MakeTables();
 
 constexpr PositionKey ShapeBits(int shape, int cell)
 {
@@ -109,7 +109,7 @@ Board BoardOfLayout(const Layout &codes)
     Board board;
     for (int slot = 0; slot < PieceCount; ++slot) {
         board.cell[slot] = static_cast<uint8_t>(CellOfCode(codes[slot]));
-        board.occupied |= T.footprint[SlotShape[slot]][board.cell[slot]];
+        board.occupied |= Shapes.footprint[SlotShape[slot]][board.cell[slot]];
     }
     return board;
 }
@@ -136,7 +136,7 @@ std::optional<Board> BoardOfKey(PositionKey key)
         const int shape = code - 1;
         if (shape > SmallShape)
             return std::nullopt;
-        const uint32_t mask = T.footprint[shape][cell];
+        const uint32_t mask = Shapes.footprint[shape][cell];
         if (nextSlot[shape] == EndSlot[shape] || mask == 0 || (mask & board.occupied))
             return std::nullopt;
         board.occupied |= mask;
@@ -172,14 +172,14 @@ constexpr Approach MakeApproach()
     return approach;
 }
 
-constexpr Approach A = MakeApproach();
+constexpr Approach Approaches = MakeApproach();
 
 // The slot covering each cell; anything for a free cell.
 using Owners = std::array<int8_t, CellCount>;
 
 void MarkOwner(Owners &owner, int slot, int cell)
 {
-    for (uint32_t cells = T.footprint[SlotShape[slot]][cell]; cells != 0; cells &= cells - 1)
+    for (uint32_t cells = Shapes.footprint[SlotShape[slot]][cell]; cells != 0; cells &= cells - 1)
         owner[std::countr_zero(cells)] = static_cast<int8_t>(slot);
 }
 
@@ -194,7 +194,7 @@ bool ForEachSlide(const Board &board, const Owners &owner, Visit &&visit)
          freeCells &= freeCells - 1) {
         const int freeCell = std::countr_zero(freeCells);
         for (int direction = Up; direction <= Right; ++direction) {
-            const int neighbour = A.from[freeCell][direction];
+            const int neighbour = Approaches.from[freeCell][direction];
             if (neighbour < 0 || !(board.occupied >> neighbour & 1))
                 continue;
             const int slot = owner[neighbour];
@@ -204,12 +204,12 @@ bool ForEachSlide(const Board &board, const Owners &owner, Visit &&visit)
             tried |= bit;
             const int shape = SlotShape[slot];
             const int from = board.cell[slot];
-            const uint32_t others = board.occupied & ~T.footprint[shape][from];
+            const uint32_t others = board.occupied & ~Shapes.footprint[shape][from];
             // A slide of several cells is one step; it stops at the first
             // block or the edge.
-            for (int at = T.next[shape][from][direction]; at >= 0;
-                 at = T.next[shape][at][direction]) {
-                if (T.footprint[shape][at] & others)
+            for (int at = Shapes.next[shape][from][direction]; at >= 0;
+                 at = Shapes.next[shape][at][direction]) {
+                if (Shapes.footprint[shape][at] & others)
                     break;
                 if (visit(slot, from, at))
                     return true;
@@ -231,7 +231,8 @@ bool ForEachSlide(const Board &board, Visit &&visit)
 Board Slid(Board board, int slot, int from, int to)
 {
     const int shape = SlotShape[slot];
-    board.occupied = (board.occupied & ~T.footprint[shape][from]) | T.footprint[shape][to];
+    board.occupied
+        = (board.occupied & ~Shapes.footprint[shape][from]) | Shapes.footprint[shape][to];
     board.cell[slot] = static_cast<uint8_t>(to);
     return board;
 }
@@ -256,7 +257,8 @@ Outline OutlineOf(const Board &board)
 Outline Slid(Outline outline, int slot, int from, int to)
 {
     const int shape = SlotShape[slot];
-    outline.occupied = (outline.occupied & ~T.footprint[shape][from]) | T.footprint[shape][to];
+    outline.occupied
+        = (outline.occupied & ~Shapes.footprint[shape][from]) | Shapes.footprint[shape][to];
     if (shape == TallShape)
         outline.tall ^= (uint32_t(1) << from) | (uint32_t(1) << to);
     else if (shape == BigShape)
@@ -322,6 +324,14 @@ public:
 
     int32_t IndexOf(const Board &board) const { return IndexOf(OutlineOf(board)); }
 
+    // The number a step from position `index` leads to, `next` being the
+    // outline after it.
+    int32_t IndexAfter(int32_t index, int slot, const Outline &next) const
+    {
+        return SlotShape[slot] == SmallShape ? IndexWithin(index / FreePairs, next.occupied)
+                                             : IndexOf(next);
+    }
+
     Board BoardAt(int32_t index) const
     {
         const Arrangement &arrangement = arrangements_[index / FreePairs];
@@ -337,60 +347,6 @@ public:
                 board.cell[slot++] = static_cast<uint8_t>(cell);
         }
         return board;
-    }
-
-    bool IsSolvedAt(int32_t index) const
-    {
-        return arrangements_[index / FreePairs].big == CellOfGoal;
-    }
-
-    // Every single step from the position with this number, as
-    // visit(shape, from, to, index after the step), in the order ForEachSlide
-    // finds them, without laying out the board: what a block next to a free
-    // cell is follows from the arrangement alone.
-    template<class Visit>
-    void ForEachStep(int32_t index, Visit &&visit) const
-    {
-        const int32_t number = index / FreePairs;
-        const Arrangement &arrangement = arrangements_[number];
-        const auto [i, j] = pairs_[index % FreePairs];
-        const uint32_t freeCells
-            = (uint32_t(1) << arrangement.restCell[i]) | (uint32_t(1) << arrangement.restCell[j]);
-        const uint32_t occupied = AllCells & ~freeCells;
-        const uint32_t bigCells = T.footprint[BigShape][arrangement.big];
-        const uint32_t wideCells = T.footprint[WideShape][arrangement.wide];
-        for (const int freeCell : {arrangement.restCell[i], arrangement.restCell[j]}) {
-            for (int direction = Up; direction <= Right; ++direction) {
-                const int neighbour = A.from[freeCell][direction];
-                if (neighbour < 0 || !(occupied >> neighbour & 1))
-                    continue;
-                int shape = TallShape, from = neighbour;
-                if (arrangement.rest >> neighbour & 1)
-                    shape = SmallShape;
-                else if (bigCells >> neighbour & 1)
-                    shape = BigShape, from = arrangement.big;
-                else if (wideCells >> neighbour & 1)
-                    shape = WideShape, from = arrangement.wide;
-                else if (!(arrangement.tall >> neighbour & 1))
-                    from = neighbour - BoardCols;
-                const uint32_t cells = T.footprint[shape][from];
-                const uint32_t others = occupied & ~cells;
-                int at = T.next[shape][from][direction];
-                // A block whose leading edge is two cells wide borders both
-                // free cells: its step is taken from the first of them only.
-                if (at < 0 || std::countr_zero(T.footprint[shape][at] & ~cells) != freeCell)
-                    continue;
-                for (; at >= 0; at = T.next[shape][at][direction]) {
-                    if (T.footprint[shape][at] & others)
-                        break;
-                    const uint32_t after = others | T.footprint[shape][at];
-                    const int32_t next = shape == SmallShape
-                        ? IndexWithin(number, after)
-                        : IndexOf(OutlineAfter(arrangement, shape, from, at, after));
-                    visit(shape, from, at, next);
-                }
-            }
-        }
     }
 
     // Every position in number order, as visit(index, board, owners). The
@@ -503,7 +459,7 @@ private:
                         uint32_t cover = 0;
                         bool overlap = false;
                         for (const int cell : {a, b, c, d}) {
-                            const uint32_t mask = T.footprint[TallShape][cell];
+                            const uint32_t mask = Shapes.footprint[TallShape][cell];
                             overlap = overlap || (cover & mask);
                             cover |= mask;
                         }
@@ -523,7 +479,7 @@ private:
     void AddArrangements(uint32_t tall, uint32_t cover)
     {
         for (int big = 0; big < CellCount; ++big) {
-            const uint32_t bigMask = T.footprint[BigShape][big];
+            const uint32_t bigMask = Shapes.footprint[BigShape][big];
             if (bigMask == 0)
                 continue;
             WithBig &withBig = withBig_.emplace_back();
@@ -531,7 +487,7 @@ private:
             if (bigMask & cover)
                 continue;
             for (int wide = 0; wide < CellCount; ++wide) {
-                const uint32_t wideMask = T.footprint[WideShape][wide];
+                const uint32_t wideMask = Shapes.footprint[WideShape][wide];
                 if (wideMask == 0 || (wideMask & (cover | bigMask)))
                     continue;
                 withBig.wideSpots |= uint16_t(1u << Spot(wide));
@@ -615,11 +571,6 @@ std::optional<Layout> LayoutOfKey(PositionKey key)
     return codes;
 }
 
-bool IsSolvedKey(PositionKey key)
-{
-    return (key >> (3 * CellOfGoal) & 7) == ShapeBits(BigShape, 0);
-}
-
 std::vector<Move> LegalMoves(const Layout &codes)
 {
     std::vector<Move> moves;
@@ -663,12 +614,9 @@ std::optional<Solution> Solve(const Layout &start)
         const int32_t at = queue[head];
         const Board board = numbering.BoardAt(at);
         const Outline outline = OutlineOf(board);
-        const int32_t arrangement = at / FreePairs;
         ForEachSlide(board, [&](int slot, int from, int to) {
             const Outline next = Slid(outline, slot, from, to);
-            const int32_t index = SlotShape[slot] == SmallShape
-                ? numbering.IndexWithin(arrangement, next.occupied)
-                : numbering.IndexOf(next);
+            const int32_t index = numbering.IndexAfter(at, slot, next);
             if (parent[index] != Unseen)
                 return false;
             parent[index] = at;
@@ -705,39 +653,17 @@ StateSpace::StateSpace()
         if (IsSolvedBoard(board))
             solved.push_back(index);
         const Outline outline = OutlineOf(board);
-        const int32_t arrangement = index / FreePairs;
         ForEachSlide(board, owner, [&](int slot, int from, int to) {
-            const Outline next = Slid(outline, slot, from, to);
-            neighbours_.push_back(SlotShape[slot] == SmallShape
-                    ? numbering.IndexWithin(arrangement, next.occupied)
-                    : numbering.IndexOf(next));
+            neighbours_.push_back(numbering.IndexAfter(index, slot, Slid(outline, slot, from, to)));
             return false;
         });
     });
     firstNeighbour_[count] = static_cast<int32_t>(neighbours_.size());
 
-    std::vector<int32_t> queue;
-    queue.reserve(count);
-    component_.assign(count, -1);
-    for (int32_t i = 0; i < count; ++i) {
-        if (component_[i] >= 0)
-            continue;
-        queue.clear();
-        queue.push_back(i);
-        component_[i] = componentCount_;
-        for (size_t head = 0; head < queue.size(); ++head)
-            for (const int32_t next : NeighboursAt(queue[head]))
-                if (component_[next] < 0) {
-                    component_[next] = componentCount_;
-                    queue.push_back(next);
-                }
-        ++componentCount_;
-    }
-
     // Steps can be taken back, so the distance to the nearest solved position
     // is a search outwards from all of them at once.
     distance_.assign(count, Unsolvable);
-    queue = solved;
+    std::vector<int32_t> queue = solved;
     for (const int32_t index : solved)
         distance_[index] = 0;
     for (size_t head = 0; head < queue.size(); ++head) {
@@ -755,6 +681,13 @@ StateSpace::StateSpace()
 PositionKey StateSpace::KeyAt(int index) const
 {
     return KeyOfBoard(Numbering::Get().BoardAt(index));
+}
+
+int PositionNumber(const Layout &codes)
+{
+    if (!CheckLayout(codes).empty())
+        return StateSpace::NoPosition;
+    return Numbering::Get().IndexOf(BoardOfLayout(codes));
 }
 
 int StateSpace::IndexOf(PositionKey key) const
@@ -801,89 +734,4 @@ std::optional<Solution> StateSpace::Solve(const Layout &start) const
         });
     }
     return solution;
-}
-
-Guide::Guide(const Layout &start)
-{
-    if (!CheckLayout(start).empty())
-        return;
-    const Numbering &numbering = Numbering::Get();
-    order_.assign(size_t(numbering.Count()), Outside);
-
-    // The group, in the order a search from the layout meets it, with its
-    // moves kept as places in that order for the second search. Places are
-    // narrow and the buffers are reused, since on the first hint of a run
-    // every fresh page costs a fault.
-    std::vector<int32_t> group;
-    std::vector<int32_t> firstNeighbour;
-    std::vector<uint16_t> neighbours;
-    std::vector<int32_t> solved; // places
-    // Room for the largest group, so that the search never copies.
-    constexpr size_t LargestGroup = 26000;
-    static_assert(LargestGroup < Outside);
-    group.reserve(LargestGroup);
-    firstNeighbour.reserve(LargestGroup + 1);
-    neighbours.reserve(LargestGroup * 8);
-    const int32_t first = numbering.IndexOf(BoardOfLayout(start));
-    order_[first] = 0;
-    group.push_back(first);
-    for (size_t head = 0; head < group.size(); ++head) {
-        const int32_t at = group[head];
-        firstNeighbour.push_back(static_cast<int32_t>(neighbours.size()));
-        if (numbering.IsSolvedAt(at))
-            solved.push_back(static_cast<int32_t>(head));
-        numbering.ForEachStep(at, [&](int, int, int, int32_t index) {
-            if (order_[index] == Outside) {
-                order_[index] = static_cast<uint16_t>(group.size());
-                group.push_back(index);
-            }
-            neighbours.push_back(order_[index]);
-        });
-    }
-    firstNeighbour.push_back(static_cast<int32_t>(neighbours.size()));
-
-    // Outwards from every solved position of the group at once, in the
-    // group's buffer: its position numbers are no longer needed.
-    distance_.assign(group.size(), Unsolvable);
-    std::vector<int32_t> queue = std::move(group);
-    queue.assign(solved.begin(), solved.end());
-    for (const int32_t place : queue)
-        distance_[place] = 0;
-    for (size_t head = 0; head < queue.size(); ++head) {
-        const int32_t place = queue[head];
-        const auto nextDistance = static_cast<int16_t>(distance_[place] + 1);
-        for (int32_t k = firstNeighbour[place]; k < firstNeighbour[place + 1]; ++k)
-            if (distance_[neighbours[k]] == Unsolvable) {
-                distance_[neighbours[k]] = nextDistance;
-                queue.push_back(neighbours[k]);
-            }
-    }
-}
-
-bool Guide::Knows(const Layout &codes) const
-{
-    return !order_.empty() && CheckLayout(codes).empty()
-        && order_[Numbering::Get().IndexOf(BoardOfLayout(codes))] != Outside;
-}
-
-int Guide::StepsLeft(const Layout &codes) const
-{
-    return distance_[order_[Numbering::Get().IndexOf(BoardOfLayout(codes))]];
-}
-
-std::optional<Move> Guide::NextStep(const Layout &codes) const
-{
-    const int left = StepsLeft(codes);
-    if (left <= 0)
-        return std::nullopt;
-    const Numbering &numbering = Numbering::Get();
-    const Board board = BoardOfLayout(codes);
-    std::optional<Move> step;
-    ForEachSlide(board, [&](int slot, int from, int to) {
-        if (distance_[order_[numbering.IndexOf(Slid(board, slot, from, to))]] != left - 1)
-            return false;
-        step = MoveOf(slot, from, to);
-        return true;
-    });
-    return step;
 }

@@ -43,7 +43,11 @@ PositionKey MirrorFreeKey(PositionKey key);
 // A layout for the key, blocks of one shape numbered in reading order (top
 // row first, left to right). Nothing for a key that is no position.
 std::optional<Layout> LayoutOfKey(PositionKey key);
-bool IsSolvedKey(PositionKey key);
+
+// The number StateSpace gives the layout's position, which is the same in
+// every run and every build; StateSpace::NoPosition for a layout that fails
+// CheckLayout.
+int PositionNumber(const Layout &codes);
 
 // Every single step the layout allows, in a fixed order. Empty for a layout
 // that fails CheckLayout.
@@ -58,9 +62,8 @@ Layout ApplyMove(Layout codes, const Move &move);
 std::optional<Solution> Solve(const Layout &start);
 
 // Every position of the ten blocks, whether or not it can be reached from any
-// other, with the moves between them, the groups they fall into (positions
-// reachable from one another) and how many steps each needs at best. Built
-// once in the constructor; afterwards every question is a look-up.
+// other, with the moves between them and how many steps each needs at best.
+// Built once in the constructor; afterwards every question is a look-up.
 class StateSpace
 {
 public:
@@ -77,9 +80,6 @@ public:
 
     // Steps to the nearest solved position, or Unsolvable.
     int DistanceAt(int index) const { return distance_[index]; }
-    // Groups are numbered from 0 in the order of their smallest index.
-    int ComponentAt(int index) const { return component_[index]; }
-    int ComponentCount() const { return componentCount_; }
     int SolvableCount() const { return solvableCount_; }
     // The most steps any position needs, among those that can be solved.
     int MaxDistance() const { return maxDistance_; }
@@ -97,37 +97,6 @@ private:
     std::vector<int32_t> firstNeighbour_; // StateCount() + 1 offsets into neighbours_
     std::vector<int32_t> neighbours_;
     std::vector<int16_t> distance_;
-    std::vector<int32_t> component_;
-    int componentCount_ = 0;
     int solvableCount_ = 0;
     int maxDistance_ = 0;
-};
-
-// The way out for a game in play: every position that can be reached from
-// one layout (its group, never more than about 26,000 of the 65,880), each
-// with its fewest steps to the exit. Built when the player first asks, in a
-// few milliseconds; afterwards every step of the game stays in the group,
-// since steps can be taken back, and each question is a look-up.
-class Guide
-{
-public:
-    enum { Unsolvable = -1 };
-
-    explicit Guide(const Layout &start);
-
-    // The layout is one of the group. False for a layout that fails CheckLayout.
-    bool Knows(const Layout &codes) const;
-    // Fewest steps to the exit, or Unsolvable; the layout must be Known.
-    int StepsLeft(const Layout &codes) const;
-    // A step onto a shortest way out, in the layout's block numbers. Nothing
-    // where no way out exists or the big block stands on the exit already;
-    // the layout must be Known.
-    std::optional<Move> NextStep(const Layout &codes) const;
-    int PositionCount() const { return static_cast<int>(distance_.size()); }
-
-private:
-    // A group holds at most 25,955 positions, so a place fits in 16 bits.
-    static constexpr uint16_t Outside = 0xFFFF;
-    std::vector<uint16_t> order_; // position number -> place in the group, or Outside
-    std::vector<int16_t> distance_; // by place in the group
 };
