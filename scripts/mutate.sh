@@ -21,7 +21,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
-python3 - "$PWD" "$0" "${1:-}" <<'PY'
+python3 -u - "$PWD" "$0" "${1:-}" <<'PY'
 import os, re, subprocess, sys, shutil
 
 top, script, pattern = sys.argv[1], sys.argv[2], sys.argv[3]
