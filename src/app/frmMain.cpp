@@ -9,11 +9,14 @@
 #include "skin/SkinLayout.h"
 
 #include <QCloseEvent>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QEventLoop>
 #include <QLabel>
 #include <QMenuBar>
 #include <QThread>
+#include <QTimer>
+#include <QWindow>
 
 #include <functional>
 
@@ -24,11 +27,20 @@ QString JoinLines(std::initializer_list<QString> lines)
     return QStringList(lines).join(QStringLiteral("\r\n"));
 }
 
+// The outer size as the window system has it. The widget's own copy of the
+// frame is only brought up to date when the window moves or changes size,
+// which a window manager framing it where it stands does not do.
+QSize OuterSize(QWidget &window)
+{
+    return window.windowHandle() ? window.windowHandle()->frameGeometry().size()
+                                 : window.frameGeometry().size();
+}
+
 // Puts the window's outer frame in the middle of the screen, by the size the
 // frame has now, and gives that size.
 QSize CentreOnScreen(QWidget &window, const ScreenMetrics &screen)
 {
-    const QSize outer = window.frameGeometry().size();
+    const QSize outer = OuterSize(window);
     const int left = CentredOrigin(0, screen.width, outer.width() * screen.unitsPerPixelX);
     const int top = CentredOrigin(0, screen.height, outer.height() * screen.unitsPerPixelY);
     window.move(
@@ -36,38 +48,30 @@ QSize CentreOnScreen(QWidget &window, const ScreenMetrics &screen)
     return outer;
 }
 
-// Centres the main window once more when its outer size first differs from
-// the one it was centred by, then goes.
-class CentreWhenFramed : public QObject
+// A window manager frames the window only after it is shown, and Qt learns
+// the frame's size from the manager some time later, with no event to say
+// so. For a short while, then, the outer size is watched, and the window is
+// centred once more when it first differs from the size it was centred by.
+// Without a manager nothing changes and the watch ends on its own.
+void CentreWhenFramed(frmMain &form, QSize centredBy)
 {
-public:
-    CentreWhenFramed(frmMain &form, QSize centredBy)
-        : QObject(&form)
-        , form_(form)
-        , centredBy_(centredBy)
-    {
-        form.installEventFilter(this);
+    // Some platforms know the frame as soon as the window is shown.
+    if (OuterSize(form) != centredBy) {
+        CentreOnScreen(form, form.Screen());
+        return;
     }
-
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        // A manager may frame the window around the client where it stands,
-        // which moves nothing: the frame is there by the next paint.
-        const QEvent::Type type = event->type();
-        if ((type == QEvent::Move || type == QEvent::Resize || type == QEvent::Paint
-                || type == QEvent::WindowActivate)
-            && form_.frameGeometry().size() != centredBy_) {
-            form_.removeEventFilter(this);
-            CentreOnScreen(form_, form_.Screen());
-            deleteLater();
-        }
-        return false;
-    }
-
-private:
-    frmMain &form_;
-    QSize centredBy_;
-};
+    constexpr int WatchMs = 3000, EveryMs = 20;
+    auto *watch = new QTimer(&form);
+    const QDeadlineTimer deadline(WatchMs);
+    QObject::connect(watch, &QTimer::timeout, &form, [&form, watch, centredBy, deadline] {
+        const bool framed = OuterSize(form) != centredBy;
+        if (framed)
+            CentreOnScreen(form, form.Screen());
+        if (framed || deadline.hasExpired())
+            watch->deleteLater();
+    });
+    watch->start(EveryMs);
+}
 
 // Reads the picture on a thread of its own: the window repaints meanwhile
 // and Exit still works, while every other command waits for the picture.
@@ -201,12 +205,11 @@ QString frmMain::SettingsPath() const
 
 void frmMain::Form_Load()
 {
+    // Placed before it is shown, so that a window manager maps it where it
+    // belongs and reads its position the same way both times it is placed.
+    const QSize centredBy = CentreOnScreen(*this, Screen());
     show();
-    // A window manager frames the window only after it is shown: until then
-    // the outer size leaves out the title bar. Once it is framed, it is
-    // centred again by its real outer size; without a manager nothing
-    // changes and it stays where it is put here.
-    new CentreWhenFramed(*this, CentreOnScreen(*this, Screen()));
+    CentreWhenFramed(*this, centredBy);
     mnuSaveGame->setEnabled(false);
     ReadSettings();
     SetShowFewestStepsLeft(progress_.FewestStepsLeftShown());
