@@ -147,6 +147,13 @@ private:
     // Puts a checked layout on the board and shows it with the status line.
     void SetUpBoard(const Layout &codes);
     void FinishGame();
+    // Offers to save a changed game first; false when the player cancels
+    // what was to come.
+    bool OfferToSave(const QString &title);
+    // The file chooser's answer: a saved game's full path (flag 1) or a
+    // skin's bare name, empty for Cancel.
+    QString ChooseFile(uint8_t flag, const QString &title, const QString &action,
+        const QStringList &folders, const QString &pattern);
     // After the rules made a step: the image follows (gliding for a hint),
     // the game counts as changed, the status line and the Game menu catch
     // up, and the big block on the exit wins.

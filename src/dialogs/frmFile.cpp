@@ -52,11 +52,6 @@ void frmFile::Form_Load()
     CentreOver(*this, main_, s.unitsPerPixelX, s.unitsPerPixelY);
 }
 
-void frmFile::SetFolder(const QString &folder)
-{
-    SetFolders({folder});
-}
-
 void frmFile::SetFolders(const QStringList &folders)
 {
     moreFolders_.clear();

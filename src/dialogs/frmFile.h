@@ -24,9 +24,7 @@ public:
     QPushButton *cmdSet = nullptr;
     QPushButton *cmdCancel = nullptr;
 
-    // The file list's folder and its ";"-separated wildcard masks; setting
-    // either lists the folder anew.
-    void SetFolder(const QString &folder);
+    // The ";"-separated wildcard masks; setting them lists the files anew.
     void SetPattern(const QString &pattern);
     const QString &Folder() const { return folder_; }
     // Lists the files of several folders as one, the first folder's where
