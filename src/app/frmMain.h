@@ -12,6 +12,7 @@
 #include "game/Solver.h"
 #include "platform/Platform.h"
 #include "skin/PictureClip.h"
+#include "skin/SkinLayout.h"
 
 #include <QMainWindow>
 
@@ -141,6 +142,8 @@ private:
     void BuildImages();
     void SetMousePointer(Pointer pointer);
     void PlaceImageOnCell(int16_t piece, Cell topLeft);
+    // The image a skin area's picture goes to.
+    ImageControl *SkinImage(const SkinArea &area) const;
     // Shows the message of a fatal failure's caller, then closes the window
     // and ends the program whatever the close prompt answers.
     void EndProgram();
