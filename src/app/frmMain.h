@@ -98,8 +98,7 @@ public:
     void mnuLoadGame_Click();
     void mnuSaveGame_Click();
     void SaveGame();
-    void IsValidGameName(const QString &name, bool &ok) const;
-    void SavedGameExists(const QString &name, bool &exists) const;
+    bool SavedGameExists(const QString &name) const;
     void mnuSetSkin_Click();
     void mnuExit_Click();
     void mnuHTP_Click();

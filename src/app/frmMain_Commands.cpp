@@ -56,21 +56,10 @@ void frmMain::mnuSaveGame_Click()
     SaveGame();
 }
 
-void frmMain::IsValidGameName(const QString &name, bool &ok) const
-{
-    ok = true;
-    for (const QChar character : name) {
-        if (IsForbiddenNameCharacter(character)) {
-            ok = false;
-            break;
-        }
-    }
-}
-
-void frmMain::SavedGameExists(const QString &name, bool &exists) const
+bool frmMain::SavedGameExists(const QString &name) const
 {
     // A name with a folder separator names no file of the saved-games folder.
-    exists = !name.contains(QLatin1Char('/'))
+    return !name.contains(QLatin1Char('/'))
         && QFileInfo(SavedGamePath(folders_.player, name)).isFile();
 }
 
@@ -83,29 +72,18 @@ void frmMain::SaveGame()
     while (state == State::Asking) {
         name = platform_.InputBox(this, QStringLiteral("What is the name of the game?"),
             QStringLiteral("Quorvel - Saving Game"), name);
-        bool valid = false;
-        bool exists = false;
         if (name.isEmpty()) {
             if (platform_.MsgBox(this,
                     QStringLiteral("Are you sure you want to proceed without saving?"),
                     Buttons::YesNo, Icon::Question, title)
                 == Answer::Yes)
                 state = State::GiveUp;
-        } else if (name.toUcs4().size() > MaxGameNameLength) {
-            // Counted in characters as the player sees them: one beyond 16
-            // bits is one character, not two.
-            platform_.MsgBox(this,
-                QStringLiteral("Name too long.\r\nPlease limit the name to 32 characters."),
-                Buttons::Ok, Icon::Exclamation, title);
-        } else if (IsValidGameName(name, valid), !valid) {
-            platform_.MsgBox(this, QStringLiteral("Illegal characters found in the name."),
-                Buttons::Ok, Icon::Exclamation, title);
-        } else if (SavedGameExists(name, exists), exists) {
-            if (platform_.MsgBox(this, QStringLiteral("File already exists. Overwrite it?"),
-                    Buttons::YesNo, Icon::Question, title)
-                == Answer::Yes)
-                state = State::Write;
-        } else {
+        } else if (const QString refusal = WhyGameNameIsRefused(name); !refusal.isEmpty()) {
+            platform_.MsgBox(this, refusal, Buttons::Ok, Icon::Exclamation, title);
+        } else if (!SavedGameExists(name)
+            || platform_.MsgBox(this, QStringLiteral("File already exists. Overwrite it?"),
+                   Buttons::YesNo, Icon::Question, title)
+                == Answer::Yes) {
             state = State::Write;
         }
     }

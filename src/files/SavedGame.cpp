@@ -4,6 +4,10 @@
 #include "CodePage.h"
 #include "LevelFile.h"
 
+#include <QList>
+
+#include <algorithm>
+
 SavedGameRecord BuildSavedGame(const GameState &game, const QString &levelName)
 {
     SavedGameRecord record;
@@ -70,6 +74,17 @@ bool IsForbiddenNameCharacter(QChar character)
     const int code = AnsiCode(character);
     return code < 32 || code == '"' || code == '\\' || code == '*' || code == '?' || code == '.'
         || code == ':' || code == 255;
+}
+
+QString WhyGameNameIsRefused(const QString &name)
+{
+    // Counted in characters as the player sees them: one beyond 16 bits is
+    // one character, not two.
+    if (name.toUcs4().size() > MaxGameNameLength)
+        return QStringLiteral("Name too long.\r\nPlease limit the name to 32 characters.");
+    if (std::any_of(name.begin(), name.end(), IsForbiddenNameCharacter))
+        return QStringLiteral("Illegal characters found in the name.");
+    return {};
 }
 
 QString SavedGamePath(const QString &programFolder, const QString &name)

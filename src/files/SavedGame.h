@@ -48,5 +48,10 @@ FileError WriteSavedGame(const QString &path, const SavedGameRecord &record);
 // character the code page cannot hold counts as "?".
 bool IsForbiddenNameCharacter(QChar character);
 
+// Why the player's name cannot be a saved game's: too long or holding a
+// forbidden character. Empty when it can be; an empty name is the player's
+// choice not to save, which the window asks about.
+QString WhyGameNameIsRefused(const QString &name);
+
 // The game's file in the saved-games folder of the program folder.
 QString SavedGamePath(const QString &programFolder, const QString &name);
