@@ -152,8 +152,8 @@ private:
     // Offers to save a changed game first; false when the player cancels
     // what was to come.
     bool OfferToSave(const QString &title);
-    // The file chooser's answer: a saved game's full path (flag 1) or a
-    // skin's bare name, empty for Cancel.
+    // The file chooser's answer: a saved game's full path or a skin's bare
+    // name, as the flag asks, empty for Cancel.
     QString ChooseFile(uint8_t flag, const QString &title, const QString &action,
         const QStringList &folders, const QString &pattern);
     // After the rules made a step: the image follows (gliding for a hint),

@@ -109,8 +109,9 @@ void frmMain::mnuLoadGame_Click()
     if (!OfferToSave(QStringLiteral("Quorvel - Load game")))
         return;
     gameChanged = false;
-    absFilename = ChooseFile(1, QStringLiteral("Load Game"), QStringLiteral("Load Game"),
-        {folders_.player + QStringLiteral("/saved/")}, QStringLiteral("*.sav"));
+    absFilename = ChooseFile(frmFile::ChooseSavedGame, QStringLiteral("Load Game"),
+        QStringLiteral("Load Game"), {folders_.player + QStringLiteral("/saved/")},
+        QStringLiteral("*.sav"));
     if (absFilename.isEmpty())
         return;
     // The record is read, closed and checked before anything in the game
@@ -134,8 +135,9 @@ void frmMain::mnuLoadGame_Click()
 
 void frmMain::mnuSetSkin_Click()
 {
-    absFilename = ChooseFile(2, QStringLiteral("Load Skin"), QStringLiteral("Set Skin"),
-        folders_.SkinFolders(), QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
+    absFilename
+        = ChooseFile(frmFile::ChooseSkin, QStringLiteral("Load Skin"), QStringLiteral("Set Skin"),
+            folders_.SkinFolders(), QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
     if (absFilename.isEmpty())
         return;
     // A name the settings file cannot give back would be lost at the next

@@ -172,7 +172,7 @@ void frmAbout::lblEmail_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift
     [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     SetLinkColour(*lblEmail, QColor(255, 0, 0));
-    if (Shift == 5)
+    if (Shift == (ShiftKey | AltKey))
         eggStep = 2;
 }
 
@@ -180,7 +180,7 @@ void frmAbout::lblUpdates_MouseDown([[maybe_unused]] int16_t Button, int16_t Shi
     [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     SetLinkColour(*lblUpdates, QColor(255, 0, 0));
-    if (Shift == 5 && eggStep == 2)
+    if (Shift == (ShiftKey | AltKey) && eggStep == 2)
         eggStep = 3;
 }
 
@@ -210,7 +210,7 @@ void frmAbout::lblUpdates_Click()
 void frmAbout::imgVess_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift,
     [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
-    if (eggStep != 3 || Shift != 1)
+    if (eggStep != 3 || Shift != ShiftKey)
         return;
     main_.ShowSecondPictures();
     main_.platform().MsgBox(this, QStringLiteral("You have found the Easter Egg!"), Buttons::Ok,

@@ -102,7 +102,7 @@ void frmFile::cmdSet_Click()
     if (selected.isEmpty())
         return;
     const QString name = selected.first()->text();
-    absFilename = bytFlag == 1 ? folder_ + QLatin1Char('/') + name : name;
+    absFilename = bytFlag == ChooseSavedGame ? folder_ + QLatin1Char('/') + name : name;
     accept();
 }
 

@@ -1,7 +1,6 @@
 // The file chooser: the files of one folder that match a pattern, for
-// loading a game (bytFlag 1, answers the full path) or choosing a skin (any
-// other bytFlag, answers the bare name). Its answer, once it has closed, is
-// absFilename; empty means Cancel.
+// loading a game (answers the full path) or choosing a skin (answers the bare
+// name). Its answer, once it has closed, is absFilename; empty means Cancel.
 #pragma once
 
 #include <QDialog>
@@ -18,6 +17,7 @@ class frmFile : public QDialog
 public:
     explicit frmFile(frmMain &main);
 
+    enum : uint8_t { ChooseSavedGame = 1, ChooseSkin = 2 };
     uint8_t bytFlag = 0;
     QString absFilename;
     QListWidget *filList = nullptr;

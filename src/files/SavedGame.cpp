@@ -37,11 +37,11 @@ QString ParseSavedGame(const QByteArray &bytes, SavedGameRecord &record)
             .arg(bytes.size())
             .arg(int(SavedGameSize));
     SavedGameRecord read;
-    read.steps = ReadInt32(bytes, 0);
-    read.levelIndex = ReadInt16(bytes, 4);
-    read.levelName = FromAnsi(bytes.mid(6, LevelNameLength));
+    read.steps = ReadInt32(bytes, SavedStepsAt);
+    read.levelIndex = ReadInt16(bytes, SavedLevelIndexAt);
+    read.levelName = FromAnsi(bytes.mid(SavedLevelAt, LevelNameLength));
     for (int p = 0; p < PieceCount; ++p)
-        read.codes[p] = ReadInt16(bytes, 16 + 2 * p);
+        read.codes[p] = ReadInt16(bytes, int(SavedLevelAt) + LevelNameLength + 2 * p);
     if (read.levelIndex < 0 || read.levelIndex >= LevelCount)
         return QStringLiteral("It names level %1; the levels are numbered 1 to %2.")
             .arg(int(read.levelIndex) + 1)

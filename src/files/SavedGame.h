@@ -18,6 +18,8 @@
 #include <QString>
 
 enum { SavedGameSize = 36, MaxGameNameLength = 32 };
+// Where the fields start; the level's name and codes lie as in a level record.
+enum { SavedStepsAt = 0, SavedLevelIndexAt = 4, SavedLevelAt = 6 };
 
 struct SavedGameRecord
 {
