@@ -4,6 +4,7 @@
 
 #include "game/Moves.h"
 
+#include <QFont>
 #include <QRect>
 #include <QSize>
 
@@ -22,4 +23,14 @@ inline QRect PxRect(int left, int top, int width, int height)
 inline QSize PxSize(int width, int height)
 {
     return {Px(width), Px(height)};
+}
+
+// The font of the main window's and the dialogs' own texts, at this size.
+inline QFont SansFont(qreal points)
+{
+    QFont font(QStringLiteral("Sans Serif"));
+    font.setStyleHint(QFont::SansSerif);
+    font.setPointSizeF(points);
+    font.setWeight(QFont::Normal);
+    return font;
 }

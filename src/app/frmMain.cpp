@@ -168,10 +168,7 @@ void frmMain::BuildImages()
         imgPieces[i] = new BlockImage(*this, i, client);
     imgCong = new ImageControl(client);
 
-    QFont font(QStringLiteral("Sans Serif"));
-    font.setStyleHint(QFont::SansSerif);
-    font.setPointSizeF(9.75);
-    font.setWeight(QFont::Normal);
+    const QFont font = SansFont(9.75);
     lblStatus = new QLabel(client);
     lblStatus->setGeometry(PxRect(120, 5640, 2895, 375));
     lblSteps = new QLabel(client);

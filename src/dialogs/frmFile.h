@@ -3,15 +3,14 @@
 // name). Its answer, once it has closed, is absFilename; empty means Cancel.
 #pragma once
 
-#include <QDialog>
+#include "DialogPlacement.h"
 
 #include <cstdint>
 
 class QListWidget;
 class QPushButton;
-class frmMain;
 
-class frmFile : public QDialog
+class frmFile : public FixedDialog
 {
     Q_OBJECT
 public:
@@ -31,7 +30,6 @@ public:
     // two share a name; Folder() is then the first.
     void SetFolders(const QStringList &folders);
 
-    void Form_Load();
     void Form_Activate();
     void cmdSet_Click();
     void cmdCancel_Click();
@@ -44,7 +42,6 @@ protected:
 private:
     void Refresh();
 
-    frmMain &main_;
     QString folder_;
     QStringList moreFolders_;
     QString pattern_ = QStringLiteral("*.*");
