@@ -2,7 +2,6 @@
 
 #include "Bytes.h"
 #include "CodePage.h"
-#include "LevelFile.h"
 
 #include <QList>
 
@@ -24,9 +23,7 @@ QByteArray SerializeSavedGame(const SavedGameRecord &record)
     bytes.reserve(SavedGameSize);
     AppendInt32(bytes, record.steps);
     AppendInt16(bytes, record.levelIndex);
-    bytes.append(FixedText(record.levelName, LevelNameLength));
-    for (const int16_t code : record.codes)
-        AppendInt16(bytes, code);
+    AppendLevelRecord(bytes, record);
     return bytes;
 }
 
@@ -39,9 +36,7 @@ QString ParseSavedGame(const QByteArray &bytes, SavedGameRecord &record)
     SavedGameRecord read;
     read.steps = ReadInt32(bytes, SavedStepsAt);
     read.levelIndex = ReadInt16(bytes, SavedLevelIndexAt);
-    read.levelName = FromAnsi(bytes.mid(SavedLevelAt, LevelNameLength));
-    for (int p = 0; p < PieceCount; ++p)
-        read.codes[p] = ReadInt16(bytes, int(SavedLevelAt) + LevelNameLength + 2 * p);
+    static_cast<LevelRecord &>(read) = ReadLevelRecord(bytes, SavedLevelAt);
     if (read.levelIndex < 0 || read.levelIndex >= LevelCount)
         return QStringLiteral("It names level %1; the levels are numbered 1 to %2.")
             .arg(int(read.levelIndex) + 1)
