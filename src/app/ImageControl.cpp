@@ -1,7 +1,7 @@
 #include "ImageControl.h"
 
+#include "FormGeometry.h"
 #include "frmMain.h"
-#include "game/Moves.h"
 
 #include <QMouseEvent>
 #include <QPainter>
