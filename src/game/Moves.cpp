@@ -63,13 +63,11 @@ DragStep DecideDragMove(const GameState &game, const Drag &drag, Cell mouse)
     step.topLeft = TopLeftOf(step.mouse, drag);
     const bool sameCol = step.mouse.col == drag.startCol;
     const bool sameRow = step.mouse.row == drag.startRow;
-    if (sameCol && sameRow) {
+    // Back at the start, or along its row or column with the way free.
+    if ((sameCol && sameRow) || (sameCol != sameRow && PathFree(game, drag, step.mouse)))
         step.moveImage = true;
-    } else if (sameCol != sameRow && PathFree(game, drag, step.mouse)) {
-        step.moveImage = true;
-    } else {
+    else
         step.pointer = Pointer::NoDrop;
-    }
     return step;
 }
 
