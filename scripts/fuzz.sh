@@ -23,7 +23,7 @@ fi
 bash scripts/setup.sh
 dir=build-fuzz
 cmake -S . -B "$dir" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DQUORVEL_FUZZ=ON -DBUILD_TESTING=OFF -DQUORVEL_BENCHMARKS=OFF >/dev/null
+    -DQUORVEL_FUZZ=ON -DQUORVEL_WERROR=ON -DBUILD_TESTING=OFF -DQUORVEL_BENCHMARKS=OFF >/dev/null
 cmake --build "$dir" --target fuzz_all
 
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1

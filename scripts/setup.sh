@@ -21,6 +21,7 @@ packages=(
     # packaging: dependencies computed by dpkg-shlibdeps, the package and its metadata checked
     dpkg-dev appstream lintian
     clang clang-format
+    clang-tidy  # the build's optional lint pass, -DQUORVEL_CLANG_TIDY=ON
     # hardening: libFuzzer for clang's fuzzers, valgrind for the leak check
     libclang-rt-14-dev valgrind
 )

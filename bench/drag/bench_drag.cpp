@@ -1,6 +1,7 @@
 // The work of one pointer move during a drag and of one drop: first the
 // rules alone, then the main window's handlers with their image moves (no
 // painting happens inside a handler; Qt paints later, once per frame).
+#include "app/FormGeometry.h"
 #include "app/ImageControl.h"
 #include "app/frmMain.h"
 #include "app/modMain.h"

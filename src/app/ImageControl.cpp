@@ -1,7 +1,7 @@
 #include "ImageControl.h"
 
+#include "FormGeometry.h"
 #include "frmMain.h"
-#include "game/Moves.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -91,11 +91,11 @@ int16_t ShiftCode(Qt::KeyboardModifiers modifiers)
 {
     int16_t code = 0;
     if (modifiers & Qt::ShiftModifier)
-        code = int16_t(code | 1);
+        code = int16_t(code | ShiftKey);
     if (modifiers & Qt::ControlModifier)
-        code = int16_t(code | 2);
+        code = int16_t(code | CtrlKey);
     if (modifiers & Qt::AltModifier)
-        code = int16_t(code | 4);
+        code = int16_t(code | AltKey);
     return code;
 }
 

@@ -59,6 +59,7 @@ private:
 };
 
 // Mouse buttons and modifier keys as the handlers count them: left 1, right
-// 2, middle 4; Shift 1, Ctrl 2, Alt 4.
+// 2, middle 4; the modifier keys held add up to a state.
+enum : int16_t { ShiftKey = 1, CtrlKey = 2, AltKey = 4 };
 int16_t ButtonCode(Qt::MouseButton button);
 int16_t ShiftCode(Qt::KeyboardModifiers modifiers);

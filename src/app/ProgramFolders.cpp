@@ -16,7 +16,7 @@ QStringList ProgramFolders::SkinFolders() const
 
 QString ProgramFolders::SkinPath(const QString &skinName) const
 {
-    const QString own = player + QStringLiteral("/skins/") + skinName;
+    QString own = player + QStringLiteral("/skins/") + skinName;
     if (!Installed() || QFileInfo(own).isFile())
         return own;
     return data + QStringLiteral("/skins/") + skinName;

@@ -6,7 +6,6 @@
 #include "ImageControl.h"
 #include "files/Settings.h"
 #include "skin/PictureLoader.h"
-#include "skin/SkinLayout.h"
 
 #include <QCloseEvent>
 #include <QDeadlineTimer>
@@ -173,10 +172,7 @@ void frmMain::BuildImages()
         imgPieces[i] = new BlockImage(*this, i, client);
     imgCong = new ImageControl(client);
 
-    QFont font(QStringLiteral("Sans Serif"));
-    font.setStyleHint(QFont::SansSerif);
-    font.setPointSizeF(9.75);
-    font.setWeight(QFont::Normal);
+    const QFont font = SansFont(9.75);
     lblStatus = new QLabel(client);
     lblStatus->setGeometry(PxRect(120, 5640, 2895, 375));
     lblSteps = new QLabel(client);
@@ -266,38 +262,16 @@ void frmMain::ApplySkin(const QString &skinName)
         cut = !piclipSkin.Picture().isNull();
         if (!fine.isNull())
             piclipSkin.SetFinePicture(fine, scale);
-        for (const SkinArea &area : SkinAreas) {
-            if (!cut)
-                break;
-            piclipSkin.SetClip(area.rect);
-            const QPixmap picture = piclipSkin.Clip();
-            cut = !picture.isNull();
-            if (!cut)
-                break;
-            switch (area.target) {
-            case SkinTarget::UpFrame:
-                imgUpFrame->SetPicture(picture);
-                break;
-            case SkinTarget::LeftFrame:
-                imgLeftFrame->SetPicture(picture);
-                break;
-            case SkinTarget::RightFrame:
-                imgRightFrame->SetPicture(picture);
-                break;
-            case SkinTarget::Exit:
-                imgExit->SetPicture(picture);
-                break;
-            case SkinTarget::Title:
-                imgTitle->SetPicture(picture);
-                break;
-            case SkinTarget::Cong:
-                imgCong->SetPicture(picture);
-                break;
-            default:
-                imgPieces[area.piece]->SetPicture(picture);
-                break;
-            }
+        // Every picture is cut before any image changes: a skin too small
+        // for one of them leaves the board as it was.
+        std::array<QPixmap, SkinAreas.size()> cuts;
+        for (size_t i = 0; cut && i < SkinAreas.size(); ++i) {
+            piclipSkin.SetClip(SkinAreas[i].rect);
+            cuts[i] = piclipSkin.Clip();
+            cut = !cuts[i].isNull();
         }
+        for (size_t i = 0; cut && i < SkinAreas.size(); ++i)
+            SkinImage(SkinAreas[i])->SetPicture(cuts[i]);
     }
     if (!cut) {
         platform_.MsgBox(this,
@@ -325,18 +299,23 @@ void frmMain::ShowSecondPictures()
         imgPieces[i]->SetPicture(piclipSkin.Clip());
 }
 
+ImageControl *frmMain::SkinImage(const SkinArea &area) const
+{
+    const std::array<ImageControl *, 6> frame
+        = {imgUpFrame, imgLeftFrame, imgRightFrame, imgExit, imgTitle, imgCong};
+    return area.piece >= 0 ? imgPieces[area.piece] : frame[size_t(area.target)];
+}
+
 void frmMain::PositionFrame()
 {
     const ScreenMetrics s = Screen();
-    const auto place = [&s](ImageControl *image, int16_t x, int16_t y) {
-        image->SetLeft(UnitsOf(x, s.unitsPerPixelX), s.unitsPerPixelX);
-        image->SetTop(UnitsOf(y, s.unitsPerPixelY), s.unitsPerPixelY);
-    };
-    place(imgUpFrame, 10, 10);
-    place(imgLeftFrame, 10, 30);
-    place(imgRightFrame, 270, 30);
-    place(imgExit, 10, 330);
-    place(imgTitle, 310, 10);
+    for (const SkinArea &area : SkinAreas) {
+        if (area.target >= SkinTarget::Cong)
+            continue;
+        ImageControl *image = SkinImage(area);
+        image->SetLeft(UnitsOf(area.place.x, s.unitsPerPixelX), s.unitsPerPixelX);
+        image->SetTop(UnitsOf(area.place.y, s.unitsPerPixelY), s.unitsPerPixelY);
+    }
 }
 
 void frmMain::PlacePieces()

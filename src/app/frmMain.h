@@ -12,6 +12,7 @@
 #include "game/Moves.h"
 #include "platform/Platform.h"
 #include "skin/PictureClip.h"
+#include "skin/SkinLayout.h"
 
 #include <QMainWindow>
 
@@ -97,8 +98,7 @@ public:
     void mnuLoadGame_Click();
     void mnuSaveGame_Click();
     void SaveGame();
-    void IsValidGameName(const QString &name, bool &ok) const;
-    void SavedGameExists(const QString &name, bool &exists) const;
+    bool SavedGameExists(const QString &name) const;
     void mnuSetSkin_Click();
     void mnuExit_Click();
     void mnuHTP_Click();
@@ -141,12 +141,21 @@ private:
     void BuildImages();
     void SetMousePointer(Pointer pointer);
     void PlaceImageOnCell(int16_t piece, Cell topLeft);
+    // The image a skin area's picture goes to.
+    ImageControl *SkinImage(const SkinArea &area) const;
     // Shows the message of a fatal failure's caller, then closes the window
     // and ends the program whatever the close prompt answers.
     void EndProgram();
     // Puts a checked layout on the board and shows it with the status line.
     void SetUpBoard(const Layout &codes);
     void FinishGame();
+    // Offers to save a changed game first; false when the player cancels
+    // what was to come.
+    bool OfferToSave(const QString &title);
+    // The file chooser's answer: a saved game's full path or a skin's bare
+    // name, as the flag asks, empty for Cancel.
+    QString ChooseFile(uint8_t flag, const QString &title, const QString &action,
+        const QStringList &folders, const QString &pattern);
     // After the rules made a step: the image follows (gliding for a hint),
     // the game counts as changed, the status line and the Game menu catch
     // up, and the big block on the exit wins.

@@ -14,12 +14,6 @@
 #include <QListWidget>
 #include <QPushButton>
 
-namespace {
-
-const QString SavePrompt = QStringLiteral("Would you like to save the current game?");
-
-} // namespace
-
 void frmMain::mnuNewGame_Click()
 {
     NewGame();
@@ -27,14 +21,8 @@ void frmMain::mnuNewGame_Click()
 
 void frmMain::NewGame()
 {
-    if (gameChanged) {
-        const Answer answer = platform_.MsgBox(this, SavePrompt, Buttons::YesNoCancel,
-            Icon::Question, QStringLiteral("Quorvel - New Game"));
-        if (answer == Answer::Cancel)
-            return;
-        if (answer == Answer::Yes)
-            mnuSaveGame_Click();
-    }
+    if (!OfferToSave(QStringLiteral("Quorvel - New Game")))
+        return;
     {
         frmLevel chooser(*this);
         for (int i = 0; i < LevelCount; ++i)
@@ -68,21 +56,10 @@ void frmMain::mnuSaveGame_Click()
     SaveGame();
 }
 
-void frmMain::IsValidGameName(const QString &name, bool &ok) const
-{
-    ok = true;
-    for (const QChar character : name) {
-        if (IsForbiddenNameCharacter(character)) {
-            ok = false;
-            break;
-        }
-    }
-}
-
-void frmMain::SavedGameExists(const QString &name, bool &exists) const
+bool frmMain::SavedGameExists(const QString &name) const
 {
     // A name with a folder separator names no file of the saved-games folder.
-    exists = !name.contains(QLatin1Char('/'))
+    return !name.contains(QLatin1Char('/'))
         && QFileInfo(SavedGamePath(folders_.player, name)).isFile();
 }
 
@@ -95,29 +72,18 @@ void frmMain::SaveGame()
     while (state == State::Asking) {
         name = platform_.InputBox(this, QStringLiteral("What is the name of the game?"),
             QStringLiteral("Quorvel - Saving Game"), name);
-        bool valid = false;
-        bool exists = false;
         if (name.isEmpty()) {
             if (platform_.MsgBox(this,
                     QStringLiteral("Are you sure you want to proceed without saving?"),
                     Buttons::YesNo, Icon::Question, title)
                 == Answer::Yes)
                 state = State::GiveUp;
-        } else if (name.toUcs4().size() > MaxGameNameLength) {
-            // Counted in characters as the player sees them: one beyond 16
-            // bits is one character, not two.
-            platform_.MsgBox(this,
-                QStringLiteral("Name too long.\r\nPlease limit the name to 32 characters."),
-                Buttons::Ok, Icon::Exclamation, title);
-        } else if (IsValidGameName(name, valid), !valid) {
-            platform_.MsgBox(this, QStringLiteral("Illegal characters found in the name."),
-                Buttons::Ok, Icon::Exclamation, title);
-        } else if (SavedGameExists(name, exists), exists) {
-            if (platform_.MsgBox(this, QStringLiteral("File already exists. Overwrite it?"),
-                    Buttons::YesNo, Icon::Question, title)
-                == Answer::Yes)
-                state = State::Write;
-        } else {
+        } else if (const QString refusal = WhyGameNameIsRefused(name); !refusal.isEmpty()) {
+            platform_.MsgBox(this, refusal, Buttons::Ok, Icon::Exclamation, title);
+        } else if (!SavedGameExists(name)
+            || platform_.MsgBox(this, QStringLiteral("File already exists. Overwrite it?"),
+                   Buttons::YesNo, Icon::Question, title)
+                == Answer::Yes) {
             state = State::Write;
         }
     }
@@ -140,25 +106,12 @@ void frmMain::SaveGame()
 
 void frmMain::mnuLoadGame_Click()
 {
-    if (gameChanged) {
-        const Answer answer = platform_.MsgBox(this, SavePrompt, Buttons::YesNoCancel,
-            Icon::Question, QStringLiteral("Quorvel - Load game"));
-        if (answer == Answer::Cancel)
-            return;
-        if (answer == Answer::Yes)
-            mnuSaveGame_Click();
-    }
+    if (!OfferToSave(QStringLiteral("Quorvel - Load game")))
+        return;
     gameChanged = false;
-    {
-        frmFile chooser(*this);
-        chooser.bytFlag = 1;
-        chooser.setWindowTitle(QStringLiteral("Load Game"));
-        chooser.cmdSet->setText(QStringLiteral("Load Game"));
-        chooser.SetFolder(folders_.player + QStringLiteral("/saved/"));
-        chooser.SetPattern(QStringLiteral("*.sav"));
-        chooser.exec();
-        absFilename = chooser.absFilename;
-    }
+    absFilename = ChooseFile(frmFile::ChooseSavedGame, QStringLiteral("Load Game"),
+        QStringLiteral("Load Game"), {folders_.player + QStringLiteral("/saved/")},
+        QStringLiteral("*.sav"));
     if (absFilename.isEmpty())
         return;
     // The record is read, closed and checked before anything in the game
@@ -182,16 +135,9 @@ void frmMain::mnuLoadGame_Click()
 
 void frmMain::mnuSetSkin_Click()
 {
-    {
-        frmFile chooser(*this);
-        chooser.bytFlag = 2;
-        chooser.setWindowTitle(QStringLiteral("Load Skin"));
-        chooser.cmdSet->setText(QStringLiteral("Set Skin"));
-        chooser.SetFolders(folders_.SkinFolders());
-        chooser.SetPattern(QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
-        chooser.exec();
-        absFilename = chooser.absFilename;
-    }
+    absFilename
+        = ChooseFile(frmFile::ChooseSkin, QStringLiteral("Load Skin"), QStringLiteral("Set Skin"),
+            folders_.SkinFolders(), QStringLiteral("*.bmp;*.dib;*.gif;*.jpg;*.jpeg;*.wmf;*.emf"));
     if (absFilename.isEmpty())
         return;
     // A name the settings file cannot give back would be lost at the next
@@ -215,15 +161,32 @@ void frmMain::mnuExit_Click()
 
 void frmMain::Form_QueryUnload(bool &Cancel)
 {
-    Cancel = false;
+    Cancel = !OfferToSave(QStringLiteral("Quorvel - Exit"));
+}
+
+bool frmMain::OfferToSave(const QString &title)
+{
     if (!gameChanged)
-        return;
-    const Answer answer = platform_.MsgBox(
-        this, SavePrompt, Buttons::YesNoCancel, Icon::Question, QStringLiteral("Quorvel - Exit"));
-    if (answer == Answer::Cancel)
-        Cancel = true;
-    else if (answer == Answer::Yes)
+        return true;
+    const Answer answer
+        = platform_.MsgBox(this, QStringLiteral("Would you like to save the current game?"),
+            Buttons::YesNoCancel, Icon::Question, title);
+    if (answer == Answer::Yes)
         mnuSaveGame_Click();
+    return answer != Answer::Cancel;
+}
+
+QString frmMain::ChooseFile(uint8_t flag, const QString &title, const QString &action,
+    const QStringList &folders, const QString &pattern)
+{
+    frmFile chooser(*this);
+    chooser.bytFlag = flag;
+    chooser.setWindowTitle(title);
+    chooser.cmdSet->setText(action);
+    chooser.SetFolders(folders);
+    chooser.SetPattern(pattern);
+    chooser.exec();
+    return chooser.absFilename;
 }
 
 void frmMain::mnuHTP_Click()

@@ -1,6 +1,7 @@
 // Taking hold of a block, following the pointer and dropping it, the arrow
 // keys, and the Game menu's steps. The decisions come from game/; these
 // handlers carry them out on the images, the status line and the menu.
+#include "FormGeometry.h"
 #include "ImageControl.h"
 #include "frmMain.h"
 

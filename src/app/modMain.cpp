@@ -85,7 +85,7 @@ QString ProgramFolder(Platform &platform)
     const ssize_t length = ::readlink("/proc/self/exe", exe.data(), size_t(exe.size()));
     const QByteArray native
         = length > 0 ? exe.left(exe.left(length).lastIndexOf('/')) : QByteArray();
-    const QString folder = QCoreApplication::applicationDirPath();
+    QString folder = QCoreApplication::applicationDirPath();
     const bool faithful
         = native.isEmpty() || QFile::encodeName(QFile::decodeName(native)) == native;
     if (QFileInfo(folder).isAbsolute() && faithful)

@@ -1,8 +1,7 @@
 #include "DialogPlacement.h"
 
-#include "game/Moves.h"
-
-#include <QWidget>
+#include "app/FormGeometry.h"
+#include "app/frmMain.h"
 
 void CentreOver(QWidget &dialog, const QWidget &owner, float unitsPerPixelX, float unitsPerPixelY)
 {
@@ -15,4 +14,16 @@ void CentreOver(QWidget &dialog, const QWidget &owner, float unitsPerPixelX, flo
     const int top = CentredOrigin(ownerOuter.y() * unitsPerPixelY,
         ownerOuter.height() * unitsPerPixelY, outer.height() * unitsPerPixelY);
     dialog.move(RoundHalfEven(left / unitsPerPixelX), RoundHalfEven(top / unitsPerPixelY));
+}
+
+FixedDialog::FixedDialog(frmMain &main, const QString &title, int widthUnits, int heightUnits)
+    : QDialog(&main,
+        Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint
+            | Qt::MSWindowsFixedSizeDialogHint)
+    , main_(main)
+{
+    setWindowTitle(title);
+    setFixedSize(PxSize(widthUnits, heightUnits));
+    const ScreenMetrics s = main.Screen();
+    CentreOver(*this, main, s.unitsPerPixelX, s.unitsPerPixelY);
 }

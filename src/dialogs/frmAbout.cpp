@@ -1,6 +1,5 @@
 #include "frmAbout.h"
 
-#include "DialogPlacement.h"
 #include "app/FormGeometry.h"
 #include "app/ImageControl.h"
 #include "app/frmMain.h"
@@ -86,13 +85,8 @@ void AboutLabel::mouseDoubleClickEvent(QMouseEvent *event)
 }
 
 frmAbout::frmAbout(frmMain &main)
-    : QDialog(&main,
-        Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint
-            | Qt::MSWindowsFixedSizeDialogHint)
-    , main_(main)
+    : FixedDialog(main, QStringLiteral("About"), 5580, 1920)
 {
-    setWindowTitle(QStringLiteral("About"));
-    setFixedSize(PxSize(5580, 1920));
     imgVess = new AboutLabel(*this, AboutLabel::Role::Picture, this);
     imgVess->setGeometry(PxRect(45, 45, 810, 840));
     imgVess->setPixmap(QPixmap(QStringLiteral(":/quorvel/about.png")));
@@ -103,10 +97,7 @@ frmAbout::frmAbout(frmMain &main)
     lblProd->setWordWrap(true);
     // The box's own text is set small, like its links, so the version line,
     // a blank line and the notice fit the label.
-    QFont small(QStringLiteral("Sans Serif"));
-    small.setStyleHint(QFont::SansSerif);
-    small.setPointSizeF(8.25);
-    lblProd->setFont(small);
+    lblProd->setFont(SansFont(8.25));
     lblProd->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     cmdOk = new QPushButton(QStringLiteral("&OK"), this);
     cmdOk->setGeometry(PxRect(4320, 120, 1095, 375));
@@ -116,10 +107,7 @@ frmAbout::frmAbout(frmMain &main)
     lblUpdates = new AboutLabel(*this, AboutLabel::Role::Updates, this);
     lblUpdates->setGeometry(PxRect(240, 1440, 5055, 255));
     lblUpdates->setText(QStringLiteral("Updates:  ") + WebAddress);
-    QFont linkFont(QStringLiteral("Sans Serif"));
-    linkFont.setStyleHint(QFont::SansSerif);
-    linkFont.setPointSizeF(8.25);
-    linkFont.setWeight(QFont::Normal);
+    QFont linkFont = SansFont(8.25);
     linkFont.setUnderline(true);
     for (QLabel *link : {static_cast<QLabel *>(lblEmail), static_cast<QLabel *>(lblUpdates)}) {
         link->setTextFormat(Qt::PlainText);
@@ -133,8 +121,6 @@ frmAbout::frmAbout(frmMain &main)
 
 void frmAbout::Form_Load()
 {
-    const ScreenMetrics s = main_.Screen();
-    CentreOver(*this, main_, s.unitsPerPixelX, s.unitsPerPixelY);
     lblProd->setText(VersionLine() + QStringLiteral("\n\n") + CopyrightNotice);
     eggStep = 0;
 }
@@ -172,7 +158,7 @@ void frmAbout::lblEmail_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift
     [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     SetLinkColour(*lblEmail, QColor(255, 0, 0));
-    if (Shift == 5)
+    if (Shift == (ShiftKey | AltKey))
         eggStep = 2;
 }
 
@@ -180,7 +166,7 @@ void frmAbout::lblUpdates_MouseDown([[maybe_unused]] int16_t Button, int16_t Shi
     [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
     SetLinkColour(*lblUpdates, QColor(255, 0, 0));
-    if (Shift == 5 && eggStep == 2)
+    if (Shift == (ShiftKey | AltKey) && eggStep == 2)
         eggStep = 3;
 }
 
@@ -210,7 +196,7 @@ void frmAbout::lblUpdates_Click()
 void frmAbout::imgVess_MouseDown([[maybe_unused]] int16_t Button, int16_t Shift,
     [[maybe_unused]] float X, [[maybe_unused]] float Y)
 {
-    if (eggStep != 3 || Shift != 1)
+    if (eggStep != 3 || Shift != ShiftKey)
         return;
     main_.ShowSecondPictures();
     main_.platform().MsgBox(this, QStringLiteral("You have found the Easter Egg!"), Buttons::Ok,

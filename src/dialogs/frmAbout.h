@@ -2,13 +2,13 @@
 // links. A hidden bonus sits behind three modified presses.
 #pragma once
 
-#include <QDialog>
+#include "DialogPlacement.h"
+
 #include <QLabel>
 
 #include <cstdint>
 
 class QPushButton;
-class frmMain;
 class frmAbout;
 
 // The program's fixed addresses, under a domain reserved for examples.
@@ -40,7 +40,7 @@ private:
     bool pressedLeft_ = false;
 };
 
-class frmAbout : public QDialog
+class frmAbout : public FixedDialog
 {
     Q_OBJECT
 public:
@@ -70,8 +70,6 @@ public:
 
 private:
     void SetLinkColour(QLabel &label, const QColor &colour);
-
-    frmMain &main_;
 };
 
 // The game's pointing hand, 32 x 32, its hot spot on the fingertip at (5, 0).

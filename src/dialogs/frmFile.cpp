@@ -1,8 +1,6 @@
 #include "frmFile.h"
 
-#include "DialogPlacement.h"
 #include "app/FormGeometry.h"
-#include "app/frmMain.h"
 
 #include <QDir>
 #include <QListWidget>
@@ -20,13 +18,8 @@ QStringList ListMatchingFiles(const QString &folder, const QString &pattern)
 }
 
 frmFile::frmFile(frmMain &main)
-    : QDialog(&main,
-        Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint
-            | Qt::MSWindowsFixedSizeDialogHint)
-    , main_(main)
+    : FixedDialog(main, QStringLiteral("File"), 5190, 3675)
 {
-    setWindowTitle(QStringLiteral("File"));
-    setFixedSize(PxSize(5190, 3675));
     filList = new QListWidget(this);
     filList->setGeometry(PxRect(8, 0, 5175, 2820));
     filList->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -43,18 +36,6 @@ frmFile::frmFile(frmMain &main)
     filList->setFocus();
     connect(cmdSet, &QPushButton::clicked, this, &frmFile::cmdSet_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &frmFile::cmdCancel_Click);
-    Form_Load();
-}
-
-void frmFile::Form_Load()
-{
-    const ScreenMetrics s = main_.Screen();
-    CentreOver(*this, main_, s.unitsPerPixelX, s.unitsPerPixelY);
-}
-
-void frmFile::SetFolder(const QString &folder)
-{
-    SetFolders({folder});
 }
 
 void frmFile::SetFolders(const QStringList &folders)
@@ -107,7 +88,7 @@ void frmFile::cmdSet_Click()
     if (selected.isEmpty())
         return;
     const QString name = selected.first()->text();
-    absFilename = bytFlag == 1 ? folder_ + QLatin1Char('/') + name : name;
+    absFilename = bytFlag == ChooseSavedGame ? folder_ + QLatin1Char('/') + name : name;
     accept();
 }
 

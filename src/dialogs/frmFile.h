@@ -1,39 +1,35 @@
 // The file chooser: the files of one folder that match a pattern, for
-// loading a game (bytFlag 1, answers the full path) or choosing a skin (any
-// other bytFlag, answers the bare name). Its answer, once it has closed, is
-// absFilename; empty means Cancel.
+// loading a game (answers the full path) or choosing a skin (answers the bare
+// name). Its answer, once it has closed, is absFilename; empty means Cancel.
 #pragma once
 
-#include <QDialog>
+#include "DialogPlacement.h"
 
 #include <cstdint>
 
 class QListWidget;
 class QPushButton;
-class frmMain;
 
-class frmFile : public QDialog
+class frmFile : public FixedDialog
 {
     Q_OBJECT
 public:
     explicit frmFile(frmMain &main);
 
+    enum : uint8_t { ChooseSavedGame = 1, ChooseSkin = 2 };
     uint8_t bytFlag = 0;
     QString absFilename;
     QListWidget *filList = nullptr;
     QPushButton *cmdSet = nullptr;
     QPushButton *cmdCancel = nullptr;
 
-    // The file list's folder and its ";"-separated wildcard masks; setting
-    // either lists the folder anew.
-    void SetFolder(const QString &folder);
+    // The ";"-separated wildcard masks; setting them lists the files anew.
     void SetPattern(const QString &pattern);
     const QString &Folder() const { return folder_; }
     // Lists the files of several folders as one, the first folder's where
     // two share a name; Folder() is then the first.
     void SetFolders(const QStringList &folders);
 
-    void Form_Load();
     void Form_Activate();
     void cmdSet_Click();
     void cmdCancel_Click();
@@ -46,7 +42,6 @@ protected:
 private:
     void Refresh();
 
-    frmMain &main_;
     QString folder_;
     QStringList moreFolders_;
     QString pattern_ = QStringLiteral("*.*");

@@ -1,8 +1,6 @@
 #include "frmLevel.h"
 
-#include "DialogPlacement.h"
 #include "app/FormGeometry.h"
-#include "app/frmMain.h"
 
 #include <QApplication>
 #include <QListWidget>
@@ -129,13 +127,8 @@ private:
 } // namespace
 
 frmLevel::frmLevel(frmMain &main)
-    : QDialog(&main,
-        Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint
-            | Qt::MSWindowsFixedSizeDialogHint)
-    , main_(main)
+    : FixedDialog(main, QStringLiteral("Choose Level"), 4155, 3510)
 {
-    setWindowTitle(QStringLiteral("Choose Level"));
-    setFixedSize(PxSize(4155, 3510));
     lisLevel = new QListWidget(this);
     lisLevel->setGeometry(PxRect(30, 0, 4095, 2700));
     lisLevel->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -158,13 +151,6 @@ frmLevel::frmLevel(frmMain &main)
     lisLevel->setFocus();
     connect(cmdSetLevel, &QPushButton::clicked, this, &frmLevel::cmdSetLevel_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &frmLevel::cmdCancel_Click);
-    Form_Load();
-}
-
-void frmLevel::Form_Load()
-{
-    const ScreenMetrics s = main_.Screen();
-    CentreOver(*this, main_, s.unitsPerPixelX, s.unitsPerPixelY);
 }
 
 void frmLevel::cmdSetLevel_Click()

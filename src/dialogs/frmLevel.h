@@ -5,18 +5,16 @@
 // player's best; the row's text itself stays "Level N - name".
 #pragma once
 
+#include "DialogPlacement.h"
 #include "files/PlayerFile.h"
-
-#include <QDialog>
 
 #include <array>
 #include <cstdint>
 
 class QListWidget;
 class QPushButton;
-class frmMain;
 
-class frmLevel : public QDialog
+class frmLevel : public FixedDialog
 {
     Q_OBJECT
 public:
@@ -27,7 +25,6 @@ public:
     QPushButton *cmdCancel = nullptr;
     int16_t newLevel = -1;
 
-    void Form_Load();
     void cmdSetLevel_Click();
     void cmdCancel_Click();
 
@@ -40,7 +37,4 @@ public:
     void ShowProgress(const std::array<int, LevelCount> &fewest, const PlayerProgress &progress);
     // Whether the row's text shows whole beside its marks.
     bool RowFits(int row) const;
-
-private:
-    frmMain &main_;
 };

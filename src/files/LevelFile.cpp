@@ -13,16 +13,28 @@ LevelTable ClearedLevels()
     return levels;
 }
 
+LevelRecord ReadLevelRecord(const QByteArray &bytes, qsizetype at)
+{
+    LevelRecord level;
+    level.levelName = FromAnsi(bytes.mid(at, LevelNameLength));
+    for (int p = 0; p < PieceCount; ++p)
+        level.codes[p] = ReadInt16(bytes, at + LevelNameLength + 2 * p);
+    return level;
+}
+
+void AppendLevelRecord(QByteArray &bytes, const LevelRecord &level)
+{
+    bytes.append(FixedText(level.levelName, LevelNameLength));
+    for (const int16_t code : level.codes)
+        AppendInt16(bytes, code);
+}
+
 bool ParseLevels(const QByteArray &bytes, LevelTable &levels)
 {
     if (bytes.size() < LevelFileSize)
         return false;
-    for (int i = 0; i < LevelCount; ++i) {
-        const qsizetype at = qsizetype(i) * LevelRecordSize;
-        levels[i].levelName = FromAnsi(bytes.mid(at, LevelNameLength));
-        for (int p = 0; p < PieceCount; ++p)
-            levels[i].codes[p] = ReadInt16(bytes, at + LevelNameLength + 2 * p);
-    }
+    for (int i = 0; i < LevelCount; ++i)
+        levels[i] = ReadLevelRecord(bytes, qsizetype(i) * LevelRecordSize);
     return true;
 }
 
@@ -30,11 +42,8 @@ QByteArray SerializeLevels(const LevelTable &levels)
 {
     QByteArray bytes;
     bytes.reserve(LevelFileSize);
-    for (const LevelRecord &level : levels) {
-        bytes.append(FixedText(level.levelName, LevelNameLength));
-        for (const int16_t code : level.codes)
-            AppendInt16(bytes, code);
-    }
+    for (const LevelRecord &level : levels)
+        AppendLevelRecord(bytes, level);
     return bytes;
 }
 

@@ -24,11 +24,14 @@ enum {
     LevelFileSize = LevelCount * LevelRecordSize
 };
 
+// One level as the level file and a saved game both hold it.
 struct LevelRecord
 {
     QString levelName; // always 10 characters, padding included
     Layout codes {};
 };
+LevelRecord ReadLevelRecord(const QByteArray &bytes, qsizetype at);
+void AppendLevelRecord(QByteArray &bytes, const LevelRecord &level);
 
 using LevelTable = std::array<LevelRecord, LevelCount>;
 

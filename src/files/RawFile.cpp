@@ -65,12 +65,16 @@ FileError RequireRegular(int fd)
     return {};
 }
 
-// Writes the whole block from the file's current offset; 0 or errno.
+// Writes the whole block from the file's current offset; 0 or errno. A
+// write that takes nothing and reports nothing would be asked again for
+// ever: it is the device's failure.
 int WriteAll(int fd, const QByteArray &bytes)
 {
     qint64 done = 0;
     while (done < bytes.size()) {
         const ssize_t put = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (put == 0)
+            return EIO;
         if (put < 0 && errno != EINTR)
             return errno;
         if (put > 0)

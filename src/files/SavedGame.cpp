@@ -2,7 +2,10 @@
 
 #include "Bytes.h"
 #include "CodePage.h"
-#include "LevelFile.h"
+
+#include <QList>
+
+#include <algorithm>
 
 SavedGameRecord BuildSavedGame(const GameState &game, const QString &levelName)
 {
@@ -20,9 +23,7 @@ QByteArray SerializeSavedGame(const SavedGameRecord &record)
     bytes.reserve(SavedGameSize);
     AppendInt32(bytes, record.steps);
     AppendInt16(bytes, record.levelIndex);
-    bytes.append(FixedText(record.levelName, LevelNameLength));
-    for (const int16_t code : record.codes)
-        AppendInt16(bytes, code);
+    AppendLevelRecord(bytes, record);
     return bytes;
 }
 
@@ -33,11 +34,9 @@ QString ParseSavedGame(const QByteArray &bytes, SavedGameRecord &record)
             .arg(bytes.size())
             .arg(int(SavedGameSize));
     SavedGameRecord read;
-    read.steps = ReadInt32(bytes, 0);
-    read.levelIndex = ReadInt16(bytes, 4);
-    read.levelName = FromAnsi(bytes.mid(6, LevelNameLength));
-    for (int p = 0; p < PieceCount; ++p)
-        read.codes[p] = ReadInt16(bytes, 16 + 2 * p);
+    read.steps = ReadInt32(bytes, SavedStepsAt);
+    read.levelIndex = ReadInt16(bytes, SavedLevelIndexAt);
+    static_cast<LevelRecord &>(read) = ReadLevelRecord(bytes, SavedLevelAt);
     if (read.levelIndex < 0 || read.levelIndex >= LevelCount)
         return QStringLiteral("It names level %1; the levels are numbered 1 to %2.")
             .arg(int(read.levelIndex) + 1)
@@ -70,6 +69,17 @@ bool IsForbiddenNameCharacter(QChar character)
     const int code = AnsiCode(character);
     return code < 32 || code == '"' || code == '\\' || code == '*' || code == '?' || code == '.'
         || code == ':' || code == 255;
+}
+
+QString WhyGameNameIsRefused(const QString &name)
+{
+    // Counted in characters as the player sees them: one beyond 16 bits is
+    // one character, not two.
+    if (name.toUcs4().size() > MaxGameNameLength)
+        return QStringLiteral("Name too long.\r\nPlease limit the name to 32 characters.");
+    if (std::any_of(name.begin(), name.end(), IsForbiddenNameCharacter))
+        return QStringLiteral("Illegal characters found in the name.");
+    return {};
 }
 
 QString SavedGamePath(const QString &programFolder, const QString &name)

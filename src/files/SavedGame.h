@@ -4,27 +4,23 @@
 //   offset  size  field
 //        0     4  steps
 //        4     2  levelIndex, 0 to 69
-//        6    10  levelName: Windows-1252, padding kept
-//       16     2  codes[0], the big block
-//       18     2  codes[1], the horizontal block
-//       20     8  codes[2..5], the vertical blocks
-//       28     8  codes[6..9], the small blocks
+//        6    30  the level's record, as in the level file: its name, then
+//                 the codes
 #pragma once
 
-#include "RawFile.h"
-#include "game/GameState.h"
+#include "LevelFile.h"
 
 #include <QByteArray>
 #include <QString>
 
 enum { SavedGameSize = 36, MaxGameNameLength = 32 };
+// Where the fields start.
+enum { SavedStepsAt = 0, SavedLevelIndexAt = 4, SavedLevelAt = 6 };
 
-struct SavedGameRecord
+struct SavedGameRecord : LevelRecord
 {
     int32_t steps = 0;
     int16_t levelIndex = 0;
-    QString levelName; // 10 characters
-    Layout codes {};
 };
 
 // The record of the game on the board.
@@ -47,6 +43,11 @@ FileError WriteSavedGame(const QString &path, const SavedGameRecord &record);
 // below 32, or it is one of " \ * ? . : or the character of code 255. A
 // character the code page cannot hold counts as "?".
 bool IsForbiddenNameCharacter(QChar character);
+
+// Why the player's name cannot be a saved game's: too long or holding a
+// forbidden character. Empty when it can be; an empty name is the player's
+// choice not to save, which the window asks about.
+QString WhyGameNameIsRefused(const QString &name);
 
 // The game's file in the saved-games folder of the program folder.
 QString SavedGamePath(const QString &programFolder, const QString &name);

@@ -1,62 +1,7 @@
-// Pointer arithmetic and the drag and drop decisions. Every conversion keeps
-// the units-per-pixel values as parameters, so a screen of 15 or 12 units per
-// pixel lands the blocks on the same pixels as one of 1.
+// The drag and drop decisions, in cells.
 #include "Moves.h"
 
 #include <algorithm>
-#include <cmath>
-
-int32_t RoundHalfEven(double value)
-{
-    return static_cast<int32_t>(std::nearbyint(value)); // default rounding mode: ties to even
-}
-
-int32_t PointerPixel(float imageEdge, float offset, float unitsPerPixel)
-{
-    const float sum = imageEdge + offset;
-    return RoundHalfEven(sum) / RoundHalfEven(unitsPerPixel);
-}
-
-int16_t CellOfPixel(int32_t pixel)
-{
-    return static_cast<int16_t>((pixel - BoardOriginPx) / CellPx);
-}
-
-Cell MouseCell(
-    float imageLeft, float imageTop, float X, float Y, float unitsPerPixelX, float unitsPerPixelY)
-{
-    return {CellOfPixel(PointerPixel(imageLeft, X, unitsPerPixelX)),
-        CellOfPixel(PointerPixel(imageTop, Y, unitsPerPixelY))};
-}
-
-Cell GrabOffset(float X, float Y, float unitsPerPixelX, float unitsPerPixelY)
-{
-    return {static_cast<int16_t>(RoundHalfEven(X) / RoundHalfEven(unitsPerPixelX) / CellPx),
-        static_cast<int16_t>(RoundHalfEven(Y) / RoundHalfEven(unitsPerPixelY) / CellPx)};
-}
-
-float DragEdge(int16_t cell, float unitsPerPixel)
-{
-    const int16_t pixel = static_cast<int16_t>(cell * CellPx + BoardOriginPx);
-    return static_cast<float>(pixel) * unitsPerPixel;
-}
-
-float LayoutEdge(int16_t cell, float unitsPerPixel)
-{
-    const int16_t product = static_cast<int16_t>(cell * CellPx);
-    return static_cast<float>(product) * unitsPerPixel
-        + static_cast<float>(BoardOriginPx) * unitsPerPixel;
-}
-
-float UnitsOf(int16_t pixel, float unitsPerPixel)
-{
-    return static_cast<float>(pixel) * unitsPerPixel;
-}
-
-int32_t CentredOrigin(double outerOrigin, double outerSize, double ownSize)
-{
-    return static_cast<int32_t>(outerOrigin) + RoundHalfEven(outerSize - ownSize) / 2;
-}
 
 Drag StartDrag(int16_t piece, Cell mouse, Cell grab)
 {
@@ -118,13 +63,11 @@ DragStep DecideDragMove(const GameState &game, const Drag &drag, Cell mouse)
     step.topLeft = TopLeftOf(step.mouse, drag);
     const bool sameCol = step.mouse.col == drag.startCol;
     const bool sameRow = step.mouse.row == drag.startRow;
-    if (sameCol && sameRow) {
+    // Back at the start, or along its row or column with the way free.
+    if ((sameCol && sameRow) || (sameCol != sameRow && PathFree(game, drag, step.mouse)))
         step.moveImage = true;
-    } else if (sameCol != sameRow && PathFree(game, drag, step.mouse)) {
-        step.moveImage = true;
-    } else {
+    else
         step.pointer = Pointer::NoDrop;
-    }
     return step;
 }
 

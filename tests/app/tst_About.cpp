@@ -89,7 +89,7 @@ void tst_About::linksThatCannotOpenSayWhereToGo_data()
     // Each row is named for its link; "help" is the help command of the main window.
     QTest::addColumn<QString>("target"); // <folder> the program folder
     QTest::addColumn<QString>("shown");
-    const auto row = [](const char *link, QString target, QString shown) {
+    const auto row = [](const char *link, const QString &target, const QString &shown) {
         QTest::newRow(link) << target << "Quorvel - " + shown;
     };
     row("mail", "mailto:" + ContactAddress + "?Subject=Quorvel",

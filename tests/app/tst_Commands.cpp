@@ -39,7 +39,7 @@ struct Game
 {
     // Acts on the dialog the next command opens, once its event loop runs,
     // and keeps its caption; should none open, the act goes with the window.
-    void OnDialog(std::function<void(QDialog *)> act = &QDialog::reject)
+    void OnDialog(const std::function<void(QDialog *)> &act = &QDialog::reject)
     {
         QTimer::singleShot(0, &form, [this, act] {
             if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
@@ -85,9 +85,10 @@ void tst_Commands::saveAsksUntilTheNameIsUsable_data()
     const QString x32 = QString("Caf\u00E9 \u20AC\u00FE <a|b> & (c) - ").leftJustified(32, 'x');
     // Each beyond 16 bits is one character, though none is in the code page.
     const QString faces = QString::fromUcs4(U"\U0001F600", 1).repeated(17);
-    const auto row
-        = [](const char *name, QStringList typed, const char *answers, QStringList boxes,
-              QString saved) { QTest::newRow(name) << typed << answers << boxes << saved; };
+    const auto row = [](const char *name, const QStringList &typed, const char *answers,
+                         const QStringList &boxes, const QString &saved) {
+        QTest::newRow(name) << typed << answers << boxes << saved;
+    };
     row("cancel-then-give-up", {""}, "Y", {proceed}, "");
     row("cancel-then-ask-again", {"", "Mine"}, "N", {proceed}, "Mine");
     row("32-characters", {x32}, "", {}, x32);

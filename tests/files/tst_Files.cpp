@@ -372,7 +372,7 @@ void tst_Files::aKilledWriterLeavesNothingHalfWritten()
     }
     // Else the kills never came while a file was being written.
     QVERIFY2(leftovers > 0, "no kill left a temporary file");
-    QVERIFY(kept.filter(".sav").size() > 0);
+    QVERIFY(!kept.filter(".sav").isEmpty());
 }
 
 QTEST_GUILESS_MAIN(tst_Files)

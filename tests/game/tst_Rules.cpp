@@ -1,5 +1,6 @@
 // The rules on boards drawn here: codes and marking, the solved test, the
 // pointer arithmetic, and what a drag and a drop decide (through the sweeps).
+#include "app/FormGeometry.h"
 #include "game/History.h"
 #include "game/Moves.h"
 #include "support/BoardText.h"
