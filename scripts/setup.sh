@@ -21,7 +21,8 @@ packages=(
     # packaging: dependencies computed by dpkg-shlibdeps, the package and its metadata checked
     dpkg-dev appstream lintian
     clang clang-format
-    # hardening: libFuzzer for clang's fuzzers, valgrind for the leak check
+    # hardening: libFuzzer for clang's fuzzers; valgrind's callgrind counts
+    # instructions for docs/PERFORMANCE.md
     libclang-rt-14-dev valgrind
 )
 
