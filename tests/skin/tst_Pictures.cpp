@@ -1,13 +1,12 @@
 // Skin pictures in every variant a paint program writes, made here by
 // ImageMagick or our metafile writer and read back pixel for pixel; and
-// damaged ones, which the loader refuses.
+// damaged or hostile ones, which the loader refuses before decoding them.
 #include "Metafile.h"
 #include "skin/PictureFormats.h"
 #include "skin/PictureLoader.h"
 #include "skin/SkinLayout.h"
-#include "support/MainWindow.h"
+#include "support/HostilePictures.h"
 #include "support/ProgramFolder.h"
-#include "support/ScriptedPlatform.h"
 
 #include <QDir>
 #include <QProcess>
@@ -274,6 +273,13 @@ void tst_Pictures::damagedFilesAreRefused_data()
     // The frame's right edge 21 km away.
     QTest::newRow("emf huge") << "tiles.emf" << 32 << 0x7FFFFFFFu << "pixels";
     QTest::newRow("empty") << "empty.bmp" << 0 << 0u << "not a BMP";
+    QTest::newRow("missing") << "missing.bmp" << 0 << 0u << "no such file";
+    // Small files that would cost a decoder minutes or gigabytes.
+    for (const HostilePicture &picture : HostilePictures())
+        QTest::newRow(picture.name)
+            << picture.name << 0 << 0u
+            << (QByteArray(picture.name).startsWith("gif") ? "lies outside"
+                                                           : "than a skin may cost");
 }
 
 void tst_Pictures::damagedFilesAreRefused()
@@ -283,29 +289,18 @@ void tst_Pictures::damagedFilesAreRefused()
     QFETCH(uint, value);
     QFETCH(QString, says);
     QByteArray bytes = folder_.Read("skins/" + file);
+    for (const HostilePicture &picture : HostilePictures())
+        if (file == picture.name)
+            bytes = picture.make();
     if (at < 0)
         bytes.chop(-at);
     else if (at > 0)
         qToLittleEndian<quint32>(value, bytes.data() + at);
-    folder_.Write("skins/damaged-" + file, bytes);
+    if (file != "missing.bmp")
+        folder_.Write("skins/damaged-" + file, bytes);
     QString reason;
     QVERIFY(LoadPicture("damaged-" + file, &reason).isNull());
     QVERIFY2(reason.contains(says), qPrintable(reason));
-    if (file != "png.bmp")
-        return;
-
-    // One of them chosen by a player, who meets the skin error; the game ends.
-    folder_.Write("qvl.ini", "damaged-" + file.toLatin1() + "\r\n");
-    ScriptedPlatform platform;
-    platform.Reply(Answer::Ok);
-    frmMain form(platform, folder_.path());
-    QVERIFY(!StartUp(form, platform, folder_));
-    QCOMPARE(platform.Calls().size(), 1);
-    const auto &[title, text, icon, buttons] = platform.Calls().first();
-    QCOMPARE(title, "Quorvel - ERROR");
-    QVERIFY(text.contains(QDir::toNativeSeparators(folder_.File("skins/damaged-" + file))));
-    QCOMPARE(icon, Icon::Critical);
-    QVERIFY(form.Ended());
 }
 
 QTEST_MAIN(tst_Pictures)
