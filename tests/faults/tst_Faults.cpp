@@ -451,24 +451,21 @@ void tst_Faults::installedGameCannotMakeThePlayersFolder()
     QFETCH(QString, box);
     if (!privileged)
         QSKIP("needs root to act as a player who may not write");
-    QTemporaryDir dir;
+    const ProgramFolder dir;
     QFile::setPermissions(dir.path(),
         QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther
             | QFile::ExeOther);
-    const QString tree = dir.filePath("usr");
+    const QString tree = dir.File("usr");
     QVERIFY(QDir().mkpath(tree + "/games") && QDir().mkpath(tree + "/share/games/quorvel/skins"));
-    QFile levels(tree + "/share/games/quorvel/QVL.ZHN");
-    QVERIFY(levels.open(QIODevice::WriteOnly)
-        && levels.write(SerializeLevels(ProgramFolder().levels)) == 2100);
-    levels.close();
-    QFile(dir.filePath("a-file")).open(QIODevice::WriteOnly);
-    QVERIFY(QDir().mkdir(dir.filePath("home")) && QDir().mkdir(dir.filePath("locked")));
+    dir.Write("usr/share/games/quorvel/QVL.ZHN", dir.Read("QVL.ZHN"));
+    dir.Write("a-file", {});
+    QVERIFY(QDir().mkdir(dir.File("home")) && QDir().mkdir(dir.File("locked")));
     const auto restore = qScopeGuard([old = qgetenv("XDG_DATA_HOME"), oldHome = qgetenv("HOME")] {
         qputenv("XDG_DATA_HOME", old), qputenv("HOME", oldHome);
     });
     dataHome.isEmpty() ? qunsetenv("XDG_DATA_HOME")
-                       : qputenv("XDG_DATA_HOME", QFile::encodeName(dir.filePath(dataHome)));
-    qputenv("HOME", QFile::encodeName(dir.filePath(home)));
+                       : qputenv("XDG_DATA_HOME", QFile::encodeName(dir.File(dataHome)));
+    qputenv("HOME", QFile::encodeName(dir.File(home)));
 
     QtPlatform platform;
     Player player;
