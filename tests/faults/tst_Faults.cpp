@@ -240,7 +240,6 @@ const QByteArray Progress = "[Best]\r\n1=5\r\n";
 const QByteArray ProgressWon = "[Best]\r\n1=5\r\n3=8\r\n\r\n[View]\r\nFewestStepsLeft=false\r\n";
 const Files LockMade = {{"qvl-player.ini.lock", ""}};
 const auto AsItIs = [](Folder &) { return true; };
-const auto BadSav = [](Folder &f) { return f.Put("saved/Bad.sav", Kept); };
 
 const std::vector<Fault> Faults = {
     {"level-file-missing", [](Folder &f) { return f.Remove("QVL.ZHN"); },
@@ -249,8 +248,6 @@ const std::vector<Fault> Faults = {
         {LevelError + "62 Input past end of file: 0 bytes where 2100 were expected"}, true},
     {"level-file-locked", [](Folder &f) { return f.Lock("QVL.ZHN"); },
         {LevelError + "11 Resource temporarily unavailable"}, true},
-    {"level-file-unreadable", [](Folder &f) { return f.Unreadable("QVL.ZHN"); },
-        {LevelError + "13 Permission denied"}, true, Needs::Nobody},
     {"level-file-over-long",
         [](Folder &f) { return f.Put("QVL.ZHN", f.Read("QVL.ZHN") + QByteArray(5000, '\xFF')); }},
     {"settings-binary", [](Folder &f) { return f.Put("qvl.ini", QByteArray("\0\xFF\1\r\n", 5)); },
@@ -304,11 +301,10 @@ const std::vector<Fault> Faults = {
     {"name-of-a-pipe",
         [](Folder &f) { return ::mkfifo(QFile::encodeName(f.File("saved/P.sav")), 0666) == 0; },
         {SaveError.arg("%1", "P")}, false, Needs::Nothing, Act::Save, "P"},
-    {"saved-game-vanished-after-it-was-listed", BadSav,
+    {"saved-game-vanished-after-it-was-listed",
+        [](Folder &f) { return f.Put("saved/Bad.sav", Kept); },
         {LoadError + "It cannot be read: No such file or directory."}, false, Needs::Nothing,
         Act::Load, {}, {}, [](Folder &f) { return f.Remove("saved/Bad.sav"); }},
-    {"saved-game-unreadable", [](Folder &f) { return BadSav(f) && f.Unreadable("saved/Bad.sav"); },
-        {LoadError + "It cannot be read: Permission denied."}, false, Needs::Nobody, Act::Load},
     {"player-file-read-only-folder",
         [](Folder &f) { return f.Put("qvl-player.ini", Progress) && f.ReadOnly({}); },
         {SettingError + "Read-only file system", Won,
