@@ -20,8 +20,6 @@ class tst_Skins : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
-    void shippedSkinStartsTheGame_data();
-    void shippedSkinStartsTheGame();
     void aPartBeyondThePictureCannotBeCut();
     void scaledScreenShowsEveryDevicePixel_data();
     void scaledScreenShowsEveryDevicePixel();
@@ -34,29 +32,6 @@ void tst_Skins::initTestCase()
     QVERIFY2(skins.contains("default.bmp") && skins.size() >= 4
             && !Shipped.entryList({"*.emf", "*.wmf"}, QDir::Files).isEmpty(),
         qPrintable(Shipped.path()));
-}
-
-void tst_Skins::shippedSkinStartsTheGame_data()
-{
-    QTest::addColumn<QString>("name");
-    for (const QString &name : Shipped.entryList(QDir::Files))
-        QTest::newRow(qPrintable(name)) << name;
-}
-
-void tst_Skins::shippedSkinStartsTheGame()
-{
-    QFETCH(QString, name);
-    ProgramFolder folder;
-    // Under a name of its own, beside the folder's usual default skin.
-    QVERIFY(QFile::copy(Shipped.filePath(name), folder.File("skins/shipped-" + name)));
-    QVERIFY(folder.Write("qvl.ini", "shipped-" + name.toLatin1() + "\r\n"));
-    ScriptedPlatform platform;
-    frmMain form(platform, folder.path());
-    QVERIFY(StartUp(form, platform, folder));
-    // Kept, not repaired to the default; each image's rectangle is the
-    // window's concern (tst_Window), reading each format the loader's.
-    QVERIFY(platform.Shown().isEmpty());
-    QCOMPARE(folder.Read("qvl.ini"), "shipped-" + name.toLatin1() + "\r\n");
 }
 
 // A picture a pixel short of a skin lacks part of its title or banner.
@@ -103,7 +78,9 @@ void tst_Skins::scaledScreenShowsEveryDevicePixel()
     QVERIFY(folder.Write("qvl.ini", name.toLatin1() + "\r\n"));
     QVERIFY(StartUp(form, platform, folder));
     ChooseLevel(form, 0);
+    // Kept, not repaired to the default.
     QVERIFY(platform.Shown().isEmpty());
+    QCOMPARE(folder.Read("qvl.ini"), name.toLatin1() + "\r\n");
 
     const QImage picture
         = LoadPicture(folder.File("skins/" + name)).convertToFormat(QImage::Format_RGB32);
