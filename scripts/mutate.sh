@@ -162,3 +162,147 @@ file: src/files/CodePage.cpp
 find:     0x2013,\n    0x2014,
 replace:     0x2014,\n    0x2013,
 tests: tst_Files
+
+fault: a colon allowed in a saved game's name
+file: src/files/SavedGame.cpp
+find: code == ':'
+replace: false
+tests: tst_Files
+
+fault: a double quote allowed in a saved game's name
+file: src/files/SavedGame.cpp
+find: code == '"'
+replace: false
+tests: tst_Files
+
+fault: a backslash allowed in a saved game's name
+file: src/files/SavedGame.cpp
+find: code == '\\'
+replace: false
+tests: tst_Files
+
+fault: an asterisk allowed in a saved game's name
+file: src/files/SavedGame.cpp
+find: code == '*'
+replace: false
+tests: tst_Files
+
+fault: the last control character (31) allowed in a saved game's name
+file: src/files/SavedGame.cpp
+find: code < 32
+replace: code < 31
+tests: tst_Files
+
+fault: the name check refuses the character of code 254 instead of 255
+file: src/files/SavedGame.cpp
+find: code == 255
+replace: code == 254
+tests: tst_Files
+
+fault: a writable settings file in a read-only folder is no longer rewritten in place
+file: src/files/RawFile.cpp
+find: return existed && (number == EACCES
+replace: return false && (number == EACCES
+tests: tst_Files
+
+fault: the atomic replace writes over the old file in place
+file: src/files/RawFile.cpp
+find:     const int fd = OpenTemporary(native, temporary);
+replace:     if (existed)\n        return RewriteInPlace(native, bytes);\n    const int fd = OpenTemporary(native, temporary);
+tests: tst_Files
+
+fault: writing a saved game over a longer file cuts off its tail
+file: src/files/RawFile.cpp
+find: O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW
+replace: O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW
+tests: tst_Files
+
+fault: the settings file's first field no longer honours double quotes
+file: src/files/Settings.cpp
+find: content[start] == '"') {
+replace: content[start] == '\'') {
+tests: tst_Files
+
+fault: a skin name with a comma is written without its quotes
+file: src/files/Settings.cpp
+find: '"' + name +
+replace: name +
+tests: tst_Files
+
+fault: ".." taken for a skin's plain file name
+file: src/files/Settings.cpp
+find: name != QLatin1String("..")
+replace: true
+tests: tst_Files
+
+fault: a saved game's level index read one byte off
+file: src/files/SavedGame.cpp
+find: read.levelIndex = ReadInt16(bytes, 4);
+replace: read.levelIndex = ReadInt16(bytes, 5);
+tests: tst_Files
+
+fault: a saved game naming level 71 is taken
+file: src/files/SavedGame.cpp
+find: read.levelIndex >= LevelCount
+replace: read.levelIndex > LevelCount
+tests: tst_Files
+
+fault: the player's record keeps the higher best of two copies
+file: src/files/PlayerFile.cpp
+find: other.best[at] < into.best[at]
+replace: other.best[at] > into.best[at]
+tests: tst_Files
+
+fault: the player's record is written without taking its lock
+file: src/files/PlayerFile.cpp
+find: FileError error = lock.Take(path)
+replace: FileError error = FileError {}
+tests: tst_Files
+
+fault: a level's name read one character short
+file: src/files/LevelFile.cpp
+find: FromAnsi(bytes.mid(at, LevelNameLength))
+replace: FromAnsi(bytes.mid(at, LevelNameLength - 1))
+tests: tst_Files
+
+fault: a level file one byte short is taken
+file: src/files/LevelFile.cpp
+find: bytes.size() < LevelFileSize
+replace: bytes.size() < LevelFileSize - 1
+tests: tst_Files
+
+fault: a BMP's pixel rows measured without its headers, so one cut short is decoded
+file: src/skin/PictureFormats.cpp
+find: if (stride > (file.size() - qint64(dataAt)) / rows)
+replace: if (stride > file.size() / rows)
+tests: tst_Pictures
+
+fault: a GIF frame checked by its corner only, so one larger than its picture is decoded
+file: src/skin/PictureBudget.cpp
+find: if (left + Le16(file, at + 4) > width || top + Le16(file, at + 6) > height)
+replace: if (left > width || top > height)
+tests: tst_Pictures
+
+fault: the WMF drawing budget a thousand times too large
+file: src/skin/PictureBudget.h
+find: MaxWmfPixelWork = qint64(48) << 20
+replace: MaxWmfPixelWork = qint64(48) << 30
+tests: tst_Pictures
+
+fault: a raster picture's size checked in pixels rather than bytes
+file: src/skin/PictureLoader.cpp
+find: if (width * height * 4 > AllocationLimit)
+replace: if (width * height > AllocationLimit)
+tests: tst_Pictures
+
+fault: a skin picture too small for its parts is cut anyway
+file: src/skin/PictureClip.cpp
+find:  || !picture_.rect().contains(clip_)
+replace: 
+tests: tst_Skins
+
+fault: a finer picture's parts cut a row of cells too high
+file: src/skin/PictureClip.cpp
+find: clip_.y() * scale_
+replace: clip_.y()
+tests: tst_Skins

@@ -22,7 +22,8 @@ packages=(
     dpkg-dev appstream lintian
     clang clang-format
     clang-tidy  # the build's optional lint pass, -DQUORVEL_CLANG_TIDY=ON
-    # hardening: libFuzzer for clang's fuzzers, valgrind for the leak check
+    # hardening: libFuzzer for clang's fuzzers; valgrind's callgrind counts
+    # instructions for docs/PERFORMANCE.md
     libclang-rt-14-dev valgrind
 )
 

@@ -13,16 +13,21 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/fsuid.h>
+#include <unistd.h>
 
 class tst_Files : public QObject
 {
     Q_OBJECT
 private slots:
     void codePageKeepsItsCharactersAndWritesQuestionMarks();
+    void gameNamesGoByTheCodePage_data();
+    void gameNamesGoByTheCodePage();
     void levelFileRoundTripsNamesWithTheirPadding();
-    void levelFileShortOrMissingIsAnError();
     void savedGameHasTheDocumentedBytesAndKeepsAnOlderTail();
     void savedGameRefusesDamagedRecords_data();
     void savedGameRefusesDamagedRecords();
@@ -34,6 +39,7 @@ private slots:
     void settingsKeepEveryNameTheyTake_data();
     void settingsKeepEveryNameTheyTake();
     void settingsNameOnlyPlainFiles();
+    void settingsInAFolderNotThePlayersAreRewrittenInPlace();
     void levelFileLockedForAMomentIsWaitedFor();
     void aKilledWriterLeavesNothingHalfWritten();
 };
@@ -72,10 +78,32 @@ void tst_Files::codePageKeepsItsCharactersAndWritesQuestionMarks()
     QCOMPARE(FromAnsi(ToAnsi(text)), text);
     QCOMPARE(ToAnsi(QStringLiteral("\u4E2D\u0394x")), QByteArray("??x"));
     QCOMPARE(ToAnsi(FromAnsi("\x81\x8D\x8F\x90\x9D")), QByteArray("\x81\x8D\x8F\x90\x9D"));
-    // The name rules go by the code: outside the code page is "?", forbidden.
-    QVERIFY(IsForbiddenNameCharacter(QChar(0x4E2D)) && IsForbiddenNameCharacter(QChar(0xFF)));
-    QVERIFY(IsForbiddenNameCharacter('\t') && IsForbiddenNameCharacter('.'));
-    QVERIFY(!IsForbiddenNameCharacter(QChar(0x20AC)) && !IsForbiddenNameCharacter('/'));
+    // Every character the code page has between 0x80 and 0x9F, in order.
+    QCOMPARE(FromAnsi("\x80\x82\x83\x84\x85\x86\x87\x88\x89\x8A\x8B\x8C\x8E\x91\x92\x93\x94\x95\x96"
+                      "\x97\x98\x99\x9A\x9B\x9C\x9E\x9F"),
+        QStringLiteral(
+            "\u20AC\u201A\u0192\u201E\u2026\u2020\u2021\u02C6\u2030\u0160\u2039\u0152\u017D"
+            "\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u017E"
+            "\u0178"));
+}
+
+void tst_Files::gameNamesGoByTheCodePage_data()
+{
+    QTest::addColumn<QString>("characters");
+    QTest::addColumn<bool>("forbidden");
+    QTest::newRow("marks") << "\"\\*?.:" << true;
+    QTest::newRow("controls") << "\x01\t\r\x1F" << true;
+    // Outside the code page a character is "?"; 255 is refused by its code.
+    QTest::newRow("unheld-and-255") << "\u4E2D\u0394\u00FF" << true;
+    QTest::newRow("allowed") << "aZ09 /<>|,;'\u20AC\u0160\u00FE" << false;
+}
+
+void tst_Files::gameNamesGoByTheCodePage()
+{
+    QFETCH(QString, characters);
+    QFETCH(bool, forbidden);
+    for (const QChar character : characters)
+        QVERIFY2(IsForbiddenNameCharacter(character) == forbidden, qPrintable(QString(character)));
 }
 
 void tst_Files::levelFileRoundTripsNamesWithTheirPadding()
@@ -95,18 +123,6 @@ void tst_Files::levelFileRoundTripsNamesWithTheirPadding()
         QCOMPARE(read[i].codes, levels[i].codes);
     }
     QVERIFY(!ParseLevels(bytes.left(2099), read));
-}
-
-void tst_Files::levelFileShortOrMissingIsAnError()
-{
-    ProgramFolder folder;
-    LevelTable levels;
-    QCOMPARE(ReadLevelFile(folder.File("nothing"), levels).number, ENOENT);
-    QCOMPARE(levels[5].levelName, QString(10, QChar(0))); // cleared before the read
-    QVERIFY(folder.Write("short", QByteArray(2099, 'x')));
-    QCOMPARE(ReadLevelFile(folder.File("short"), levels).number, int(ShortFileError));
-    QCOMPARE(ReadLevelFile(folder.File("QVL.ZHN"), levels).number, 0);
-    QCOMPARE(levels[69].levelName, QStringLiteral("Level 70  "));
 }
 
 void tst_Files::savedGameHasTheDocumentedBytesAndKeepsAnOlderTail()
@@ -149,9 +165,7 @@ void tst_Files::savedGameRefusesDamagedRecords()
     QFETCH(int, offset);
     QFETCH(char, value);
     QFETCH(QString, reason);
-    GameState game;
-    game.SetUp(LayoutFromPicture("2003/2003/4115/4675/8..9"));
-    QByteArray bytes = SerializeSavedGame(BuildSavedGame(game, QStringLiteral("Level 01  ")));
+    QByteArray bytes = SavedGameBytes(0, 0, "Level 01  ");
     if (offset < 0)
         bytes.chop(1);
     else
@@ -225,6 +239,35 @@ void tst_Files::settingsNameOnlyPlainFiles()
         QVERIFY(IsPlainFileName(QString::fromLatin1(plain)));
     for (const char *elsewhere : {"", ".", "..", "../qvl.ini", "/etc/passwd"})
         QVERIFY(!IsPlainFileName(QString::fromLatin1(elsewhere)));
+}
+
+// The player may write the file but not its folder, where no replacement
+// can be made beside it: the file is rewritten where it stands.
+void tst_Files::settingsInAFolderNotThePlayersAreRewrittenInPlace()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("qvl.ini");
+    // Where it can, the game replaces the file whole: a second name for the
+    // old file keeps the old content.
+    QVERIFY(Put(path, "old.bmp, with a tail longer than the new line\r\n"));
+    QVERIFY(::link(QFile::encodeName(path), QFile::encodeName(dir.filePath("old"))) == 0);
+    QVERIFY(!WriteSkinSetting(path, "first.bmp"));
+    QCOMPARE(ReadAll(dir.filePath("old")), "old.bmp, with a tail longer than the new line\r\n");
+    QCOMPARE(ReadAll(path), "first.bmp\r\n");
+    const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QVERIFY(QFile::setPermissions(path, all | QFile::ReadOther | QFile::WriteOther));
+    QVERIFY(
+        QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::ExeOwner | QFile::ExeOther));
+    const auto restore = qScopeGuard([&] { QFile::setPermissions(dir.path(), all); });
+    // Root writes anywhere; as another user the permission bits count.
+    const bool root = ::geteuid() == 0;
+    if (root)
+        ::setfsgid(65534), ::setfsuid(65534);
+    const FileError error = WriteSkinSetting(path, "new.bmp");
+    if (root)
+        ::setfsuid(0), ::setfsgid(0);
+    QVERIFY2(!error, qPrintable(error.description));
+    QCOMPARE(ReadAll(path), "new.bmp\r\n");
 }
 
 void tst_Files::playerFileKeepsTheLowerBest_data()

@@ -51,11 +51,7 @@ private slots:
     void overlappingBlocksKeepTheLaterMark();
     void checkLayoutRefusesBrokenLayouts_data();
     void checkLayoutRefusesBrokenLayouts();
-    void solvedOnlyOnTheExit_data();
-    void solvedOnlyOnTheExit();
     void pointerArithmetic();
-    void unitsPerPixelDoNotMoveTheCell_data();
-    void unitsPerPixelDoNotMoveTheCell();
     void clamping_data();
     void clamping();
     void dragFollowsFreeStraightPaths_data();
@@ -71,14 +67,18 @@ private slots:
 void tst_Rules::layoutsRebuildTheDrawnBoard_data()
 {
     QTest::addColumn<QByteArray>("picture");
-    QTest::newRow("start") << Start;
-    QTest::newRow("gaps-at-top") << QByteArray("..67/2003/2003/4115/4895");
-    QTest::newRow("solved") << QByteArray("2345/2345/6117/8009/.00.");
+    QTest::addColumn<bool>("solved"); // only with the big block on the exit
+    QTest::newRow("start") << Start << false;
+    QTest::newRow("gaps-at-top") << QByteArray("..67/2003/2003/4115/4895") << false;
+    QTest::newRow("solved") << QByteArray("2345/2345/6117/8009/.00.") << true;
+    QTest::newRow("one-row-short") << QByteArray("2345/2345/6007/8009/.11.") << false;
+    QTest::newRow("bottom-left") << QByteArray("2345/2345/6117/0089/00..") << false;
 }
 
 void tst_Rules::layoutsRebuildTheDrawnBoard()
 {
     QFETCH(QByteArray, picture);
+    QFETCH(bool, solved);
     GameState game;
     game.board[0][0] = 7; // stale content must go
     game.SetUp(LayoutFromPicture(picture.constData()));
@@ -87,6 +87,7 @@ void tst_Rules::layoutsRebuildTheDrawnBoard()
     const int widths[] = {2, 2, 1, 1, 1, 1, 1, 1, 1, 1};
     for (int i = 0; i < PieceCount; ++i)
         QCOMPARE(int(game.pieces[i].width), widths[i]);
+    QCOMPARE(game.IsSolved(), solved);
 }
 
 void tst_Rules::overlappingBlocksKeepTheLaterMark()
@@ -126,22 +127,6 @@ void tst_Rules::checkLayoutRefusesBrokenLayouts()
     QVERIFY2(reason.isEmpty() ? found.isEmpty() : found.startsWith(reason), qPrintable(found));
 }
 
-void tst_Rules::solvedOnlyOnTheExit_data()
-{
-    QTest::addColumn<QByteArray>("picture");
-    QTest::addColumn<bool>("solved");
-    QTest::newRow("on-the-exit") << QByteArray("2345/2345/6117/8009/.00.") << true;
-    QTest::newRow("one-row-short") << QByteArray("2345/2345/6007/8009/.11.") << false;
-    QTest::newRow("bottom-left") << QByteArray("2345/2345/6117/0089/00..") << false;
-}
-
-void tst_Rules::solvedOnlyOnTheExit()
-{
-    QFETCH(QByteArray, picture);
-    QFETCH(bool, solved);
-    QCOMPARE(Drawn(picture).IsSolved(), solved);
-}
-
 void tst_Rules::pointerArithmetic()
 {
     for (const auto &[value, rounded] : std::initializer_list<std::pair<double, int>> {
@@ -161,23 +146,13 @@ void tst_Rules::pointerArithmetic()
     QCOMPARE(CentredOrigin(0, 6075, 1500), 2287);
     QCOMPARE(CentredOrigin(0, 100, 105), -2);
     QCOMPARE(CentredOrigin(0, 10.5, 0), 5);
-}
-
-void tst_Rules::unitsPerPixelDoNotMoveTheCell_data()
-{
-    QTest::addColumn<float>("u");
-    QTest::newRow("1") << 1.0f;
-    QTest::newRow("12") << 12.0f;
-    QTest::newRow("15") << 15.0f;
-}
-
-void tst_Rules::unitsPerPixelDoNotMoveTheCell()
-{
-    QFETCH(float, u);
-    const float left = LayoutEdge(3, u), top = LayoutEdge(2, u);
-    QCOMPARE(MouseCell(left, top, 59 * u, 1 * u, u, u), (Cell {3, 2}));
-    QCOMPARE(MouseCell(left, top, 60 * u, 1 * u, u, u), (Cell {4, 2}));
-    QCOMPARE(MouseCell(left, top, -1 * u, -1 * u, u, u), (Cell {2, 1}));
+    // However many units make a pixel, a pixel's place decides the cell.
+    for (const float u : {1.0f, 12.0f, 15.0f}) {
+        const float left = LayoutEdge(3, u), top = LayoutEdge(2, u);
+        QCOMPARE(MouseCell(left, top, 59 * u, 1 * u, u, u), (Cell {3, 2}));
+        QCOMPARE(MouseCell(left, top, 60 * u, 1 * u, u, u), (Cell {4, 2}));
+        QCOMPARE(MouseCell(left, top, -1 * u, -1 * u, u, u), (Cell {2, 1}));
+    }
 }
 
 void tst_Rules::clamping_data()

@@ -1,13 +1,12 @@
 // Skin pictures in every variant a paint program writes, made here by
 // ImageMagick or our metafile writer and read back pixel for pixel; and
-// damaged ones, which the loader refuses.
+// damaged or hostile ones, which the loader refuses before decoding them.
 #include "Metafile.h"
 #include "skin/PictureFormats.h"
 #include "skin/PictureLoader.h"
 #include "skin/SkinLayout.h"
-#include "support/MainWindow.h"
+#include "support/HostilePictures.h"
 #include "support/ProgramFolder.h"
-#include "support/ScriptedPlatform.h"
 
 #include <QDir>
 #include <QProcess>
@@ -20,12 +19,25 @@ namespace {
 // a row or column out of place shows; "unique": no two pixels alike;
 // "squares": flat 40-pixel squares, which lossy pictures keep intact away
 // from their edges; "tiles": the squares at a size that is no skin's, for
-// metafiles, which are drawn at their own size. Black and white come
-// first, as a bilevel picture has them.
+// metafiles, which are drawn at their own size; "cells" and a number:
+// 8-pixel cells of that many colours, an odd width so that every bitmap
+// depth's rows end in padding. Black and white come first, as a bilevel
+// picture has them.
 QImage Drawn(const QString &source)
 {
     if (source == "unique")
         return KnownSkin();
+    if (source.startsWith("cells")) {
+        QImage image(13 * 8 + 3, 9 * 8, QImage::Format_RGB32);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                const int i = (x / 8 * 5 + y / 8 * 13 + x / 8 * (y / 8)) % source.mid(5).toInt();
+                image.setPixel(x, y,
+                    i < 2 ? qRgb(i * 255, i * 255, i * 255)
+                          : qRgb(i * 37 & 0xFF, i * 91 & 0xFF, (i * 53 + 29) & 0xFF));
+            }
+        return image;
+    }
     const bool flat = source == "squares" || source == "tiles";
     QImage image(
         source == "tiles" ? QSize(440, 360) : QSize(SkinWidth, SkinHeight), QImage::Format_RGB32);
@@ -72,11 +84,22 @@ QByteArray RunLength4(const QByteArray &plain)
 }
 
 // `dpi`: the EMF's reference device, which must not change its size.
-QByteArray Metafile(const QImage &drawn, bool emf, int dpi = 96)
+// `depth`: a WMF holding the picture as one bitmap of that depth instead.
+QByteArray Metafile(
+    const QImage &drawn, bool emf, int dpi = 96, int depth = 0, bool bitFields = false)
 {
     MetafileDrawing drawing(drawn.size());
     drawing.SetReferenceDpi(dpi);
-    for (int y = 0; y < drawn.height(); y += 40)
+    if (depth) {
+        MetaShape bitmap;
+        bitmap.kind = MetaShape::Kind::Bitmap;
+        bitmap.rings = {QPolygonF(QRectF(drawn.rect()))};
+        bitmap.image = drawn;
+        bitmap.bitmapDepth = depth;
+        bitmap.bitFields = bitFields;
+        drawing.Add(bitmap);
+    }
+    for (int y = 0; y < drawn.height() && !depth; y += 40)
         for (int x = 0; x < drawn.width(); x += 40) {
             MetaShape square;
             square.rings = {QPolygonF(QRectF(x, y, 40, 40)).mid(0, 4)};
@@ -111,6 +134,8 @@ struct Variant
     QString convert; // ImageMagick's arguments; empty: made here
     QList<quint32> header; // BMP: header size, bits, compression; so the row tests what it names
     int tolerance;
+    int bitmapDepth = 0; // for a WMF of one bitmap
+    bool bitFields = false;
 };
 
 const Variant Variants[] = {
@@ -131,6 +156,18 @@ const Variant Variants[] = {
     {"tiles.wmf", "tiles", "", {}, 0},
     {"tiles.emf", "tiles", "", {}, 0},
     {"tiles-1200-dpi.emf", "tiles", "", {}, 0},
+    // The library stretches bitmaps smoothly, rounding down by one step at
+    // most, so only the cells' middles are compared; five bits of a channel
+    // are off by up to a step of eight. 32 bits is what a drawing program
+    // writes for a picture placed in its drawing.
+    {"bitmap-1.wmf", "cells2", "", {}, 1, 1},
+    {"bitmap-4.wmf", "cells16", "", {}, 1, 4},
+    {"bitmap-8.wmf", "cells256", "", {}, 1, 8},
+    {"bitmap-16.wmf", "cells1000", "", {}, 8, 16},
+    {"bitmap-16-bit-fields.wmf", "cells1000", "", {}, 8, 16, true},
+    {"bitmap-24.wmf", "cells1000", "", {}, 1, 24},
+    {"bitmap-32.wmf", "cells1000", "", {}, 1, 32},
+    {"bitmap-32-bit-fields.wmf", "cells1000", "", {}, 1, 32, true},
 };
 
 } // namespace
@@ -142,8 +179,6 @@ private slots:
     void initTestCase();
     void variantsReadAsDrawn_data();
     void variantsReadAsDrawn();
-    void wmfBitmapsOfEveryDepth_data();
-    void wmfBitmapsOfEveryDepth();
     void damagedFilesAreRefused_data();
     void damagedFilesAreRefused();
 
@@ -165,6 +200,10 @@ void tst_Pictures::initTestCase()
     folder_.Write("skins/tiles.wmf", Metafile(Drawn("tiles"), false));
     folder_.Write("skins/tiles.emf", Metafile(Drawn("tiles"), true));
     folder_.Write("skins/tiles-1200-dpi.emf", Metafile(Drawn("tiles"), true, 1200));
+    for (const Variant &v : Variants)
+        if (v.bitmapDepth)
+            folder_.Write(QStringLiteral("skins/") + v.file,
+                Metafile(Drawn(v.source), false, 96, v.bitmapDepth, v.bitFields));
     QVERIFY(Drawn("256").save("png.bmp", "PNG"));
 }
 
@@ -178,7 +217,7 @@ void tst_Pictures::variantsReadAsDrawn_data()
 void tst_Pictures::variantsReadAsDrawn()
 {
     QFETCH(int, variant);
-    const auto &[file, source, convert, header, tolerance] = Variants[variant];
+    const auto &[file, source, convert, header, tolerance, depth, bitFields] = Variants[variant];
     // Bits and compression lie elsewhere in the old core header.
     const QByteArray bmp = folder_.Read(QStringLiteral("skins/") + file);
     const bool core = Le32(bmp, 14) == 12;
@@ -192,64 +231,13 @@ void tst_Pictures::variantsReadAsDrawn()
     const QImage drawn = Drawn(source);
     QCOMPARE(read.size(), drawn.size());
     const bool flat = source == "squares" || source == "tiles";
-    const int largest = LargestDifference(read, drawn, flat ? 40 : 1, flat ? 8 : 0);
-    QVERIFY2(largest <= tolerance, qPrintable(QString::number(largest)));
-}
-
-void tst_Pictures::wmfBitmapsOfEveryDepth_data()
-{
-    QTest::addColumn<int>("depth");
-    QTest::addColumn<bool>("bitFields");
-    QTest::addColumn<int>("colours");
-    // The library's smooth stretch rounds down, by one step at most.
-    QTest::addColumn<int>("tolerance");
-    QTest::newRow("1-bit") << 1 << false << 2 << 1;
-    QTest::newRow("4-bit") << 4 << false << 16 << 1;
-    QTest::newRow("8-bit") << 8 << false << 256 << 1;
-    // Five bits of a channel are off by up to a step of eight.
-    QTest::newRow("16-bit") << 16 << false << 1000 << 8;
-    QTest::newRow("16-bit-bit-fields") << 16 << true << 1000 << 8;
-    QTest::newRow("24-bit") << 24 << false << 1000 << 1;
-    // What a drawing program writes for a picture placed in its drawing.
-    QTest::newRow("32-bit") << 32 << false << 1000 << 1;
-    QTest::newRow("32-bit-bit-fields") << 32 << true << 1000 << 1;
-}
-
-void tst_Pictures::wmfBitmapsOfEveryDepth()
-{
-    QFETCH(int, depth);
-    QFETCH(bool, bitFields);
-    QFETCH(int, colours);
-    QFETCH(int, tolerance);
-    // 8-pixel squares of up to `colours` colours, black and white first;
-    // an odd width, so that every depth's rows end in padding. The library
-    // stretches bitmaps smoothly, so only the squares' middles are compared.
-    QImage drawn(13 * 8 + 3, 9 * 8, QImage::Format_RGB32);
-    for (int y = 0; y < drawn.height(); ++y)
-        for (int x = 0; x < drawn.width(); ++x) {
-            const int i = (x / 8 * 5 + y / 8 * 13 + x / 8 * (y / 8)) % colours;
-            drawn.setPixel(x, y,
-                i < 2 ? qRgb(i * 255, i * 255, i * 255)
-                      : qRgb(i * 37 & 0xFF, i * 91 & 0xFF, (i * 53 + 29) & 0xFF));
-        }
-    MetafileDrawing drawing(drawn.size());
-    MetaShape bitmap;
-    bitmap.kind = MetaShape::Kind::Bitmap;
-    bitmap.rings = {QPolygonF(QRectF(drawn.rect()))};
-    bitmap.image = drawn;
-    bitmap.bitmapDepth = depth;
-    bitmap.bitFields = bitFields;
-    drawing.Add(bitmap);
-    QString error;
-    const QByteArray wmf = drawing.Wmf(&error);
-    QVERIFY2(!wmf.isEmpty(), qPrintable(error));
-    const QString file = QStringLiteral("bitmap-%1.wmf").arg(QTest::currentDataTag());
-    folder_.Write("skins/" + file, wmf);
-    QString reason;
-    const QImage read = LoadPicture(file, &reason).convertToFormat(QImage::Format_RGB32);
-    QVERIFY2(!read.isNull(), qPrintable(reason));
-    QCOMPARE(read.size(), drawn.size());
-    const int largest = LargestDifference(read, drawn, 8, 2);
+    const int largest = LargestDifference(read, drawn,
+        flat        ? 40
+            : depth ? 8
+                    : 1,
+        flat        ? 8
+            : depth ? 2
+                    : 0);
     QVERIFY2(largest <= tolerance, qPrintable(QString::number(largest)));
 }
 
@@ -274,6 +262,13 @@ void tst_Pictures::damagedFilesAreRefused_data()
     // The frame's right edge 21 km away.
     QTest::newRow("emf huge") << "tiles.emf" << 32 << 0x7FFFFFFFu << "pixels";
     QTest::newRow("empty") << "empty.bmp" << 0 << 0u << "not a BMP";
+    QTest::newRow("missing") << "missing.bmp" << 0 << 0u << "no such file";
+    // Small files that would cost a decoder minutes or gigabytes.
+    for (const HostilePicture &picture : HostilePictures())
+        QTest::newRow(picture.name)
+            << picture.name << 0 << 0u
+            << (QByteArray(picture.name).startsWith("gif") ? "lies outside"
+                                                           : "than a skin may cost");
 }
 
 void tst_Pictures::damagedFilesAreRefused()
@@ -283,29 +278,18 @@ void tst_Pictures::damagedFilesAreRefused()
     QFETCH(uint, value);
     QFETCH(QString, says);
     QByteArray bytes = folder_.Read("skins/" + file);
+    for (const HostilePicture &picture : HostilePictures())
+        if (file == picture.name)
+            bytes = picture.make();
     if (at < 0)
         bytes.chop(-at);
     else if (at > 0)
         qToLittleEndian<quint32>(value, bytes.data() + at);
-    folder_.Write("skins/damaged-" + file, bytes);
+    if (file != "missing.bmp")
+        folder_.Write("skins/damaged-" + file, bytes);
     QString reason;
     QVERIFY(LoadPicture("damaged-" + file, &reason).isNull());
     QVERIFY2(reason.contains(says), qPrintable(reason));
-    if (file != "png.bmp")
-        return;
-
-    // One of them chosen by a player, who meets the skin error; the game ends.
-    folder_.Write("qvl.ini", "damaged-" + file.toLatin1() + "\r\n");
-    ScriptedPlatform platform;
-    platform.Reply(Answer::Ok);
-    frmMain form(platform, folder_.path());
-    QVERIFY(!StartUp(form, platform, folder_));
-    QCOMPARE(platform.Calls().size(), 1);
-    const auto &[title, text, icon, buttons] = platform.Calls().first();
-    QCOMPARE(title, "Quorvel - ERROR");
-    QVERIFY(text.contains(QDir::toNativeSeparators(folder_.File("skins/damaged-" + file))));
-    QCOMPARE(icon, Icon::Critical);
-    QVERIFY(form.Ended());
 }
 
 QTEST_MAIN(tst_Pictures)

@@ -2,6 +2,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTest>
+#include <QtEndian>
 
 Layout LayoutFromPicture(const char *picture)
 {
@@ -38,10 +40,10 @@ ProgramFolder::ProgramFolder(std::initializer_list<const char *> pictures, bool 
         levels[i].codes = LayoutFromPicture(list[size_t(i) < list.size() ? size_t(i) : 0]);
     }
     Write(QStringLiteral("QVL.ZHN"), SerializeLevels(levels));
-    if (withSkin) {
-        QDir(dir_.path()).mkdir(QStringLiteral("skins"));
-        KnownSkin().save(File(QStringLiteral("skins/default.bmp")), "BMP");
-    }
+    if (withSkin
+        && !(QDir(dir_.path()).mkdir(QStringLiteral("skins"))
+            && KnownSkin().save(File(QStringLiteral("skins/default.bmp")), "BMP")))
+        Refuse(QStringLiteral("skins/default.bmp"));
 }
 
 QByteArray ProgramFolder::Read(const QString &relative) const
@@ -55,6 +57,30 @@ QByteArray ProgramFolder::Read(const QString &relative) const
 bool ProgramFolder::Write(const QString &relative, const QByteArray &bytes) const
 {
     QFile file(File(relative));
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
-        && file.write(bytes) == bytes.size();
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size())
+        return true;
+    Refuse(relative);
+    return false;
+}
+
+void ProgramFolder::Refuse(const QString &relative) const
+{
+    const QByteArray what = "the test could not write " + QFile::encodeName(File(relative));
+    // Outside a test function no failure can be recorded: the run stops.
+    if (!QTest::currentTestFunction())
+        qFatal("%s", what.constData());
+    QTest::qFail(what.constData(), __FILE__, __LINE__);
+}
+
+QByteArray SavedGameBytes(
+    int32_t steps, int16_t levelIndex, const QByteArray &levelName, const char *picture)
+{
+    QByteArray bytes(36, '\0');
+    qToLittleEndian(steps, bytes.data());
+    qToLittleEndian(levelIndex, bytes.data() + 4);
+    bytes.replace(6, 10, levelName.leftJustified(10, ' ', true));
+    const Layout codes = LayoutFromPicture(picture);
+    for (size_t piece = 0; piece < codes.size(); ++piece)
+        qToLittleEndian(codes[piece], bytes.data() + 16 + 2 * piece);
+    return bytes;
 }

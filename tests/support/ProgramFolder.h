@@ -15,6 +15,11 @@ Layout LayoutFromPicture(const char *picture);
 // can be checked pixel by pixel against the place it came from.
 QImage KnownSkin(int width = 370, int height = 380);
 
+// A saved game's 36 bytes, laid out here field by field: steps, level
+// index, the level name in ten bytes, then the blocks' position codes.
+QByteArray SavedGameBytes(int32_t steps, int16_t levelIndex, const QByteArray &levelName,
+    const char *picture = "2003/2003/4115/4675/8..9");
+
 class ProgramFolder
 {
 public:
@@ -30,11 +35,12 @@ public:
         return dir_.path() + QLatin1Char('/') + relative;
     }
     QByteArray Read(const QString &relative) const;
-    // False when the file could not be written whole.
+    // A file that cannot be written whole fails the running test (and false).
     bool Write(const QString &relative, const QByteArray &bytes) const;
 
     LevelTable levels;
 
 private:
+    void Refuse(const QString &relative) const;
     QTemporaryDir dir_;
 };
