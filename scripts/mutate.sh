@@ -237,8 +237,8 @@ tests: tst_Files
 
 fault: a saved game's level index read one byte off
 file: src/files/SavedGame.cpp
-find: read.levelIndex = ReadInt16(bytes, 4);
-replace: read.levelIndex = ReadInt16(bytes, 5);
+find: read.levelIndex = ReadInt16(bytes, SavedLevelIndexAt);
+replace: read.levelIndex = ReadInt16(bytes, SavedLevelIndexAt + 1);
 tests: tst_Files
 
 fault: a saved game naming level 71 is taken
