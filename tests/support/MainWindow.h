@@ -13,6 +13,11 @@ bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &fol
 // Opens New Game and picks the row of `levelIndex` in the real chooser.
 void ChooseLevel(frmMain &form, int levelIndex);
 
+// Mouse events on a block's image, at the centre of a board cell.
+void Press(frmMain &form, int piece, Cell cell, Qt::MouseButton button = Qt::LeftButton);
+void MoveTo(frmMain &form, int piece, Cell cell);
+void Release(frmMain &form, int piece, Cell cell, Qt::MouseButton button = Qt::LeftButton);
+
 // A whole drag with real mouse events on the block's image: press on the
 // given board cell of the block, move through `path` (board cells), release
 // on the last one. Positions are cell centres.
