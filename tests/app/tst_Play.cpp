@@ -197,14 +197,16 @@ void tst_Play::keysAndTheGameMenuMakeStepsLikeDrops()
 {
     Game game({"2003/2003/4115/46.5/8.79"});
     frmMain &form = game.form;
-    const auto menu = [&form] {
-        return QString("%1%2%3%4")
-            .arg(form.mnuUndo->isEnabled())
-            .arg(form.mnuRedo->isEnabled())
-            .arg(form.mnuRestart->isEnabled())
-            .arg(form.mnuHint->isEnabled());
+    // The board, the step line and Undo, Redo, Restart Level and Hint enabled.
+    const auto state = [&form] {
+        return BoardPicture(form.game) + " | " + form.lblSteps->text() + " | "
+            + QString("%1%2%3%4")
+                  .arg(form.mnuUndo->isEnabled())
+                  .arg(form.mnuRedo->isEnabled())
+                  .arg(form.mnuRestart->isEnabled())
+                  .arg(form.mnuHint->isEnabled());
     };
-    QCOMPARE(menu(), "0001");
+    QCOMPARE(state(), "2003/2003/4115/46.5/8.79 | Steps: 0 | 0001");
     // Tab walks the blocks in reading order, the frame goes along.
     QTest::keyClick(&form, Qt::Key_Tab);
     QTest::keyClick(&form, Qt::Key_Tab);
@@ -222,21 +224,15 @@ void tst_Play::keysAndTheGameMenuMakeStepsLikeDrops()
     QCOMPARE(form.Selected(), int16_t(8));
     QVERIFY(!form.gameChanged);
     QTest::keyClick(&form, Qt::Key_Right);
-    QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/46.5/.879"));
+    QCOMPARE(state(), "2003/2003/4115/46.5/.879 | Steps: 1 | 1011");
     QCOMPARE(form.imgPieces[8]->pos(), QPoint(90, 270));
-    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 1"));
     QVERIFY(form.gameChanged);
-    QCOMPARE(menu(), "1011");
     DragBlock(form, 4, {0, 3}, {{0, 4}});
     form.mnuRestart->trigger();
-    QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/46.5/8.79"));
-    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 0"));
+    QCOMPARE(state(), "2003/2003/4115/46.5/8.79 | Steps: 0 | 0101");
     QCOMPARE(form.imgPieces[8]->pos(), QPoint(30, 270));
-    QCOMPARE(menu(), "0101");
     form.mnuRedo->trigger();
-    QCOMPARE(BoardPicture(form.game), QByteArray("2003/2003/4115/46.5/.879"));
-    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 1"));
-    QCOMPARE(menu(), "1111");
+    QCOMPARE(state(), "2003/2003/4115/46.5/.879 | Steps: 1 | 1111");
     form.mnuUndo->trigger();
     QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 0"));
 }

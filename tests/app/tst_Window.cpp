@@ -26,21 +26,35 @@ class tst_Window : public QObject
 {
     Q_OBJECT
 private slots:
-    void firstRunPreparesTheFolderAndShowsAnEmptyWindow();
-    void settingsNameASkinThatIsThere_data();
-    void settingsNameASkinThatIsThere();
+    void startUpShowsAnEmptyWindowAndKeepsAUsableSkin_data();
+    void startUpShowsAnEmptyWindowAndKeepsAUsableSkin();
     void everyImageGetsItsPlaceAndItsRectangleOfTheSkin();
 };
 
-void tst_Window::firstRunPreparesTheFolderAndShowsAnEmptyWindow()
+void tst_Window::startUpShowsAnEmptyWindowAndKeepsAUsableSkin_data()
 {
+    QTest::addColumn<QByteArray>("settings"); // none on a first run
+    QTest::addColumn<QByteArray>("after");
+    QTest::newRow("first-run") << QByteArray() << QByteArray("default.bmp\r\n");
+    QTest::newRow("skin-present") << QByteArray("other.bmp,ignored\r\nline two\r\n")
+                                  << QByteArray("other.bmp\r\n");
+    QTest::newRow("skin-missing") << QByteArray("gone.bmp\r\n") << QByteArray("default.bmp\r\n");
+}
+
+void tst_Window::startUpShowsAnEmptyWindowAndKeepsAUsableSkin()
+{
+    QFETCH(QByteArray, settings);
+    QFETCH(QByteArray, after);
     ProgramFolder folder;
-    folder.Write("saved", "a plain file of that name is left alone");
+    QVERIFY(folder.Write("saved", "a plain file of that name is left alone"));
+    QVERIFY(QFile::copy(folder.File("skins/default.bmp"), folder.File("skins/other.bmp")));
+    if (!settings.isEmpty())
+        QVERIFY(folder.Write("qvl.ini", settings));
     ScriptedPlatform platform;
     frmMain form(platform, folder.path());
     QVERIFY(StartUp(form, platform, folder));
     QVERIFY(QFileInfo(folder.File("saved")).isFile());
-    QCOMPARE(folder.Read("qvl.ini"), QByteArray("default.bmp\r\n"));
+    QCOMPARE(folder.Read("qvl.ini"), after);
     QVERIFY(platform.Shown().isEmpty());
     QVERIFY(form.isVisible() && !form.mnuSaveGame->isEnabled());
     for (QWidget *image : form.centralWidget()->findChildren<ImageControl *>())
@@ -66,37 +80,6 @@ void tst_Window::firstRunPreparesTheFolderAndShowsAnEmptyWindow()
             "E&xit", "&Game", "&Undo Ctrl+Z off", "&Redo Ctrl+Y, Ctrl+Shift+Z off",
             "Re&start Level Ctrl+R off", "-", "&Hint Ctrl+H off",
             "Show &Fewest Steps Left Ctrl+F  [ ]", "&Help", "H&ow to Play", "-", "&About"}));
-}
-
-void tst_Window::settingsNameASkinThatIsThere_data()
-{
-    QTest::addColumn<QByteArray>("settings");
-    QTest::addColumn<QByteArray>("afterInit");
-    QTest::addColumn<QByteArray>("afterLoad");
-    QTest::newRow("present-skin") << QByteArray("other.bmp,ignored\r\nline two\r\n")
-                                  << QByteArray("other.bmp,ignored\r\nline two\r\n")
-                                  << QByteArray("other.bmp\r\n");
-    QTest::newRow("missing-skin") << QByteArray("gone.bmp\r\n") << QByteArray("default.bmp\r\n")
-                                  << QByteArray("default.bmp\r\n");
-}
-
-void tst_Window::settingsNameASkinThatIsThere()
-{
-    QFETCH(QByteArray, settings);
-    QFETCH(QByteArray, afterInit);
-    QFETCH(QByteArray, afterLoad);
-    ProgramFolder folder;
-    QVERIFY(folder.Write("qvl.ini", settings));
-    QVERIFY(QFile::copy(folder.File("skins/default.bmp"), folder.File("skins/other.bmp")));
-    ScriptedPlatform platform;
-    bool ok = false;
-    InitAppFiles(folder.path(), platform, ok);
-    QVERIFY(ok);
-    QCOMPARE(folder.Read("qvl.ini"), afterInit);
-    frmMain form(platform, folder.path());
-    form.Form_Load();
-    QVERIFY(!form.Ended());
-    QCOMPARE(folder.Read("qvl.ini"), afterLoad);
 }
 
 void tst_Window::everyImageGetsItsPlaceAndItsRectangleOfTheSkin()
