@@ -249,13 +249,13 @@ fault: the easter egg leaves the last small block as it was
 file: src/app/frmMain.cpp
 find: for (int16_t i = 6; i <= 9; ++i)
 replace: for (int16_t i = 6; i < 9; ++i)
-tests: tst_About
+tests: tst_Window
 
 fault: the easter egg's picture press takes Ctrl along with Shift
 file: src/dialogs/frmAbout.cpp
 find: if (eggStep != 3 || Shift != 1)
 replace: if (eggStep != 3 || !(Shift & 1))
-tests: tst_About
+tests: tst_Window
 
 fault: the player's own skin loses to a shipped one of the same name
 file: src/app/ProgramFolders.cpp

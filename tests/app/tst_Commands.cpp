@@ -5,8 +5,6 @@
 #include "app/ImageControl.h"
 #include "app/frmMain.h"
 #include "app/modMain.h"
-#include "dialogs/frmFile.h"
-#include "dialogs/frmLevel.h"
 #include "platform/QtPlatform.h"
 #include "support/BoardText.h"
 #include "support/ProgramFolder.h"
@@ -15,7 +13,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QInputDialog>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>

@@ -1,13 +1,16 @@
 // Start-up on prepared program folders, then the board display and skin
-// cutting on the window it leaves, with a skin whose every pixel is known. What start-up does with
-// damaged files is the fault suite's.
+// cutting on the window it leaves, with a skin whose every pixel is known;
+// and the about box: its links and the hidden bonus behind three modified
+// presses. What start-up does with damaged files is the fault suite's.
 #include "app/ImageControl.h"
 #include "app/modMain.h"
+#include "dialogs/frmAbout.h"
 #include "skin/SkinLayout.h"
 #include "support/MainWindow.h"
 #include "support/ProgramFolder.h"
 #include "support/ScriptedPlatform.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QTest>
@@ -20,6 +23,19 @@ bool ShowsSkinArea(const QLabel &image, const SkinRect &r)
         == KnownSkin().copy(r.x, r.y, r.width, r.height);
 }
 
+// Which of blocks 0 and 6 to 9, in that order, show their second picture
+// cut from `skin`.
+QString SecondPictures(const frmMain &form, const QImage &skin)
+{
+    QString seen;
+    for (int i : {0, 6, 7, 8, 9})
+        seen += form.imgPieces[i]->pixmap().toImage().convertToFormat(QImage::Format_RGB32)
+                == skin.copy(i ? QRect(140, 140, 60, 60) : QRect(140, 20, 120, 120))
+            ? 's'
+            : '-';
+    return seen;
+}
+
 } // namespace
 
 class tst_Window : public QObject
@@ -29,6 +45,10 @@ private slots:
     void startUpShowsAnEmptyWindowAndKeepsAUsableSkin_data();
     void startUpShowsAnEmptyWindowAndKeepsAUsableSkin();
     void everyImageGetsItsPlaceAndItsRectangleOfTheSkin();
+    void easterEggWantsItsOrder_data();
+    void easterEggWantsItsOrder();
+    void linksThatCannotOpenSayWhereToGo_data();
+    void linksThatCannotOpenSayWhereToGo();
 };
 
 void tst_Window::startUpShowsAnEmptyWindowAndKeepsAUsableSkin_data()
@@ -119,6 +139,97 @@ void tst_Window::everyImageGetsItsPlaceAndItsRectangleOfTheSkin()
     QVERIFY(platform.Shown().isEmpty());
     QVERIFY(ShowsSkinArea(*form.imgPieces[0], {20, 20, 120, 120}));
     QCOMPARE(folder.Read("qvl.ini"), QByteArray("large.bmp\r\n"));
+}
+
+void tst_Window::easterEggWantsItsOrder_data()
+{
+    // "target modifiers": E the mail link, U the web link, P the picture;
+    // modifiers as Shift 1 + Ctrl 2 + Alt 4.
+    QTest::addColumn<QString>("presses");
+    QTest::addColumn<int>("found"); // how many times the message came
+    QTest::newRow("mail-web-picture") << "E5 U5 P1" << 1;
+    QTest::newRow("every-further-picture-press-repeats") << "E5 U5 P1 P1 P0 P1" << 3;
+    QTest::newRow("plain-presses-keep-the-step") << "E5 E0 U0 U5 U1 E0 P0 P1" << 1;
+    QTest::newRow("web-link-first") << "U5 E5 P1" << 0;
+    QTest::newRow("picture-first") << "P1 E5 U5" << 0;
+    QTest::newRow("shift-ctrl-on-the-picture") << "E5 U5 P3" << 0;
+    QTest::newRow("ctrl-too-on-the-mail-link") << "E7 U5 P1" << 0;
+    QTest::newRow("ctrl-too-on-the-web-link") << "E5 U7 P1" << 0;
+    QTest::newRow("mail-link-again-goes-back-a-step") << "E5 U5 E5 P1" << 0;
+}
+
+void tst_Window::easterEggWantsItsOrder()
+{
+    QFETCH(QString, presses);
+    QFETCH(int, found);
+    ScriptedPlatform platform;
+    ProgramFolder folder;
+    frmMain form(platform, folder.path());
+    // The second pictures are cut from the skin in use, whichever the player chose.
+    QVERIFY(KnownSkin().mirrored().save(folder.File("skins/other.bmp"), "BMP"));
+    form.ApplySkin("other.bmp");
+    for (int i = 0; i < found; ++i)
+        platform.Reply(Answer::Ok);
+    frmAbout box(form);
+    for (const QString &press : presses.split(' ')) {
+        QWidget *target = QList<QWidget *> {box.lblEmail, box.lblUpdates, box.imgVess}.value(
+            QString("EUP").indexOf(press[0]));
+        // Qt numbers Shift, Ctrl and Alt alike, only further up.
+        const auto modifiers = Qt::KeyboardModifiers(press[1].digitValue() << 25);
+        // Released away from the target, so no link opens.
+        QTest::mousePress(target, Qt::LeftButton, modifiers, QPoint(5, 5));
+        QTest::mouseRelease(target, Qt::LeftButton, modifiers, QPoint(-20, -20));
+    }
+
+    QCOMPARE(platform.Shown(),
+        QStringList(found, "Quorvel - Easter Egg | You have found the Easter Egg!"));
+    QCOMPARE(SecondPictures(form, KnownSkin().mirrored()), found ? "sssss" : "-----");
+    form.ApplySkin("other.bmp"); // even the skin in use gives the usual ones back
+    QCOMPARE(SecondPictures(form, KnownSkin().mirrored()), "-----");
+    QVERIFY(platform.Done());
+}
+
+void tst_Window::linksThatCannotOpenSayWhereToGo_data()
+{
+    // Each row is named for its link; "help" is the help command of the main window.
+    QTest::addColumn<QString>("target"); // <folder> the program folder
+    QTest::addColumn<QString>("shown");
+    const auto row = [](const char *link, QString target, QString shown) {
+        QTest::newRow(link) << target << "Quorvel - " + shown;
+    };
+    row("mail", "mailto:" + ContactAddress + "?Subject=Quorvel",
+        "Email | Unable to start your Email agent automatically.\r\nPlease send an Email to "
+            + ContactAddress + " manually.");
+    row("web", WebAddress,
+        "Updates | Unable to start your web browser automatically.\r\nPlease goto the site "
+            + WebAddress + " manually.");
+    row("help", "<folder>/qvl.html",
+        "Help | Unable to open <folder>/qvl.html automatically.\r\nPlease open the file manually.");
+}
+
+void tst_Window::linksThatCannotOpenSayWhereToGo()
+{
+    const QString link = QTest::currentDataTag();
+    QFETCH(QString, target);
+    QFETCH(QString, shown);
+    ScriptedPlatform platform;
+    ProgramFolder folder;
+    frmMain form(platform, folder.path());
+    platform.Reply(Answer::Ok);
+    frmAbout box(form);
+    QCOMPARE(box.lblProd->text().section('\n', 0, 0), "Quorvel Version 1.01"); // its first line
+
+    link == "help"
+        ? form.mnuHTP_Click()
+        : QTest::mouseClick(link == "mail" ? box.lblEmail : box.lblUpdates, Qt::LeftButton);
+
+    QCOMPARE(platform.Opened(), QStringList(1, target.replace("<folder>", folder.path())));
+    QCOMPARE(platform.Shown(),
+        QStringList {shown.replace("<folder>", QDir::toNativeSeparators(folder.path()))});
+    // The link pressed turns red and stays so; every box starts with both blue.
+    QCOMPARE(frmAbout::LinkColour(*box.lblEmail), QColor(link == "mail" ? Qt::red : Qt::blue));
+    QCOMPARE(frmAbout::LinkColour(*box.lblUpdates), QColor(link == "web" ? Qt::red : Qt::blue));
+    QVERIFY(platform.Done());
 }
 
 QTEST_MAIN(tst_Window)
