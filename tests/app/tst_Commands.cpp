@@ -3,10 +3,9 @@
 // boxes. The game is installed: its data and the player's files live in
 // folders of their own.
 #include "app/ImageControl.h"
-#include "app/frmMain.h"
-#include "app/modMain.h"
 #include "platform/QtPlatform.h"
 #include "support/BoardText.h"
+#include "support/MainWindow.h"
 #include "support/ProgramFolder.h"
 #include "support/ScriptedPlatform.h"
 #include "support/WhenModal.h"
@@ -47,19 +46,11 @@ struct Game
         QFile file(Player(relative));
         return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
     }
-    bool Start()
-    {
-        bool ok = false;
-        InitAppFiles(form.Folders(), platform, ok);
-        if (ok)
-            form.Form_Load();
-        return ok && !form.Ended();
-    }
     ScriptedPlatform platform;
     ProgramFolder shipped;
     QTemporaryDir home;
     frmMain form {platform, ProgramFolders(shipped.path(), home.filePath("q"))};
-    bool started = Start();
+    bool started = StartUp(form, platform);
 };
 
 } // namespace

@@ -11,10 +11,15 @@
 #include <QPushButton>
 #include <QTest>
 
-bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &folder)
+bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &)
+{
+    return StartUp(form, platform);
+}
+
+bool StartUp(frmMain &form, ScriptedPlatform &platform)
 {
     bool ok = false;
-    InitAppFiles(folder.path(), platform, ok);
+    InitAppFiles(form.Folders(), platform, ok);
     if (!ok)
         return false;
     form.Form_Load();

@@ -7,7 +7,9 @@
 class ProgramFolder;
 class ScriptedPlatform;
 
-// InitAppFiles, then the window's load. False when start-up stopped.
+// InitAppFiles on the window's folders, then its load. False when start-up
+// stopped.
+bool StartUp(frmMain &form, ScriptedPlatform &platform);
 bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &folder);
 
 // Opens New Game and picks the row of `levelIndex` in the real chooser.
