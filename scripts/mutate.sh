@@ -167,10 +167,10 @@ find: QMessageBox box(ToQt(icon), title, shown,
 replace: QMessageBox box(ToQt(icon), title, text,
 tests: tst_Commands
 
-fault: Cancel on the input box gives back the offered name
+fault: a box with the exclamation icon shows the information one
 file: src/platform/QtPlatform.cpp
-find: return ok ? text : QString();
-replace: return text;
+find:     case Icon::Exclamation:\n        return QMessageBox::Warning;
+replace:     case Icon::Exclamation:\n        return QMessageBox::Information;
 tests: tst_Commands
 
 fault: Save Game stays disabled after a game is loaded

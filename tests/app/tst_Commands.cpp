@@ -320,14 +320,14 @@ void tst_Commands::desktopBoxesTakeEscapeAsTheWayOut()
     QString text;
     WhenModal([&](QWidget *widget) {
         auto *box = qobject_cast<QMessageBox *>(widget);
-        text = box->text();
+        text = box->text() + (box->icon() == QMessageBox::Warning ? " (warning)" : "");
         how == "escape"      ? QTest::keyClick(box, Qt::Key_Escape)
             : how == "close" ? void(box->close())
                              : box->button(QMessageBox::Yes)->click();
     });
-    QCOMPARE(
-        int(desktop.MsgBox(nullptr, "one\r\ntwo", Buttons(buttons), Icon::Question, "T")), answer);
-    QCOMPARE(text, "one\ntwo");
+    QCOMPARE(int(desktop.MsgBox(nullptr, "one\r\ntwo", Buttons(buttons), Icon::Exclamation, "T")),
+        answer);
+    QCOMPARE(text, "one\ntwo (warning)");
     // The input box offers its text; Escape gives nothing, Return the text.
     WhenModal([](QWidget *box) { QTest::keyClick(box, Qt::Key_Escape); });
     QCOMPARE(desktop.InputBox(nullptr, "Name?", "T", "offered"), QString());
