@@ -200,13 +200,13 @@ tests: tst_Commands
 fault: a double-click on a block is no press, so a quick second grab is lost
 file: src/app/ImageControl.cpp
 find:     mousePressEvent(event);\n}
-replace:     QLabel::mouseDoubleClickEvent(event);\n}
+replace:     event->ignore();\n}
 tests: tst_Play
 
 fault: the right button takes hold of a block too
 file: src/app/frmMain_Moves.cpp
 find: if (Button != 1 || gliding_)
-replace: if (gliding_)
+replace: if (Button == 0 || gliding_)
 tests: tst_Play
 
 fault: an arrow key moves a block while another is held by the mouse
