@@ -263,6 +263,12 @@ find: if (!Installed() || QFileInfo(own).isFile())
 replace: if (!Installed())
 tests: tst_Commands
 
+fault: the help page is looked for among the player's files
+file: src/app/frmMain_Commands.cpp
+find: const QString path = folders_.data + QStringLiteral("/qvl.html");
+replace: const QString path = folders_.player + QStringLiteral("/qvl.html");
+tests: tst_Commands
+
 fault: Cancel on the level chooser starts the selected level
 file: src/dialogs/frmLevel.cpp
 find:     newLevel = -1;\n    QDialog::reject();

@@ -179,10 +179,12 @@ void tst_Commands::choosersTakeOnlyTheirConfirmButton()
         refused ? "Quorvel - Set Skin | The skin \u591C.bmp cannot be set: its name would be lost "
                   "when the game starts again."
                 : "");
-    // The installed data is only read.
+    // The installed data is only read, the help page there too.
     QCOMPARE(QDir(game.shipped.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
         (QStringList {"QVL.ZHN", "skins"}));
     QVERIFY(game.platform.Done());
+    game.form.mnuHTP_Click();
+    QCOMPARE(game.platform.Opened(), QStringList {game.shipped.File("qvl.html")});
 }
 
 void tst_Commands::saveAsksUntilTheNameIsUsable_data()
