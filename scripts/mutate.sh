@@ -64,7 +64,9 @@ def copy_tree():
                 if f.read() == data:
                     continue
         os.makedirs(os.path.dirname(target), exist_ok=True)
-        shutil.copy2(source, target)
+        # A fresh time stamp, so the build sees the change even when the
+        # copied file is older than what was built from the last one.
+        shutil.copy(source, target)
     for root, dirs, files in os.walk(scratch):
         if root == scratch:
             dirs[:] = [d for d in dirs if d != "build"]
