@@ -64,7 +64,9 @@ def copy_tree():
                 if f.read() == data:
                     continue
         os.makedirs(os.path.dirname(target), exist_ok=True)
-        shutil.copy2(source, target)
+        # A fresh time stamp, so the build sees the change even when the
+        # copied file is older than what was built from the last one.
+        shutil.copy(source, target)
     for root, dirs, files in os.walk(scratch):
         if root == scratch:
             dirs[:] = [d for d in dirs if d != "build"]
@@ -155,6 +157,150 @@ exit $?
 #### FAULTS ####
 
 # --- the windows, the dialogs and the platform (src/app, src/dialogs, src/platform) ---
+fault: Escape or the close control on a Yes/No/Cancel box answers No
+file: src/platform/QtPlatform.cpp
+find: buttons == Buttons::YesNoCancel ? Answer::Cancel
+replace: buttons == Buttons::YesNoCancel ? Answer::No
+tests: tst_Commands
+
+fault: a message box shows its lines joined by CR LF
+file: src/platform/QtPlatform.cpp
+find: QMessageBox box(ToQt(icon), title, shown,
+replace: QMessageBox box(ToQt(icon), title, text,
+tests: tst_Commands
+
+fault: a box with the exclamation icon shows the information one
+file: src/platform/QtPlatform.cpp
+find:     case Icon::Exclamation:\n        return QMessageBox::Warning;
+replace:     case Icon::Exclamation:\n        return QMessageBox::Information;
+tests: tst_Commands
+
+fault: Save Game stays disabled after a game is loaded
+file: src/app/frmMain_Commands.cpp
+find:     mnuSaveGame->setEnabled(true);\n    SetUpBoard(record.codes);
+replace:     SetUpBoard(record.codes);
+tests: tst_Commands|tst_Play
+
+fault: the congratulation banner stays over a game loaded after a win
+file: src/app/frmMain_Commands.cpp
+find:     imgCong->hide();\n    game.steps = record.steps;
+replace:     game.steps = record.steps;
+tests: tst_Play
+
+fault: a loaded game's level keeps the level file's name
+file: src/app/frmMain_Commands.cpp
+find:     levels[game.levelIndex].levelName = record.levelName;\n
+replace: 
+tests: tst_Commands
+
+fault: Yes to saving the current game saves nothing
+file: src/app/frmMain_Commands.cpp
+find:     if (answer == Answer::Yes)\n        mnuSaveGame_Click();\n    return answer != Answer::Cancel;
+replace:     return answer != Answer::Cancel;
+tests: tst_Commands
+
+fault: a double-click on a block is no press, so a quick second grab is lost
+file: src/app/ImageControl.cpp
+find:     mousePressEvent(event);\n}
+replace:     event->ignore();\n}
+tests: tst_Play
+
+fault: the right button takes hold of a block too
+file: src/app/frmMain_Moves.cpp
+find: if (Button != 1 || gliding_)
+replace: if (Button == 0 || gliding_)
+tests: tst_Play
+
+fault: an arrow key moves a block while another is held by the mouse
+file: src/app/frmMain_Moves.cpp
+find: return playing_ && !drag.dragging;
+replace: return playing_;
+tests: tst_Play
+
+fault: Escape keeps the selected block
+file: src/app/frmMain_Moves.cpp
+find:     case Qt::Key_Escape:\n        Select(-1);
+replace:     case Qt::Key_Escape:\n        Select(selected_);
+tests: tst_Play
+
+fault: Restart Level leaves the old step count on the status line
+file: src/app/frmMain_Moves.cpp
+find:     gameChanged = true;\n    ShowStatus();\n    UpdateGameMenu();\n}\n\nvoid frmMain::mnuHint_Click()
+replace:     gameChanged = true;\n    UpdateGameMenu();\n}\n\nvoid frmMain::mnuHint_Click()
+tests: tst_Play
+
+fault: Restart Level enabled before the first step
+file: src/app/frmMain_Moves.cpp
+find: mnuRestart->setEnabled(playing_ && history.CanUndo());
+replace: mnuRestart->setEnabled(playing_);
+tests: tst_Play
+
+fault: a win is not recorded among the player's bests
+file: src/app/frmMain_Moves.cpp
+find:     progress_.GameWon(this, game.levelIndex, game.steps);
+replace: 
+tests: tst_Play
+
+fault: the status line numbers the levels from 0
+file: src/app/frmMain.cpp
+find: int16_t(game.levelIndex + 1);
+replace: int16_t(game.levelIndex);
+tests: tst_Window|tst_Play
+
+fault: the easter egg leaves the last small block as it was
+file: src/app/frmMain.cpp
+find: for (int16_t i = 6; i <= 9; ++i)
+replace: for (int16_t i = 6; i < 9; ++i)
+tests: tst_Window
+
+fault: the easter egg's picture press takes Ctrl along with Shift
+file: src/dialogs/frmAbout.cpp
+find: if (eggStep != 3 || Shift != ShiftKey)
+replace: if (eggStep != 3 || !(Shift & ShiftKey))
+tests: tst_Window
+
+fault: the player's own skin loses to a shipped one of the same name
+file: src/app/ProgramFolders.cpp
+find: if (!Installed() || QFileInfo(own).isFile())
+replace: if (!Installed())
+tests: tst_Commands
+
+fault: the help page is looked for among the player's files
+file: src/app/frmMain_Commands.cpp
+find: const QString path = folders_.data + QStringLiteral("/qvl.html");
+replace: const QString path = folders_.player + QStringLiteral("/qvl.html");
+tests: tst_Commands
+
+fault: Cancel on the level chooser starts the selected level
+file: src/dialogs/frmLevel.cpp
+find:     newLevel = -1;\n    QDialog::reject();
+replace:     newLevel = int16_t(lisLevel->currentRow());\n    QDialog::reject();
+tests: tst_Commands
+
+fault: Return on the level chooser takes the first button
+file: src/dialogs/frmLevel.cpp
+find:     for (QPushButton *button : {cmdSetLevel, cmdCancel})\n        button->setAutoDefault(false);
+replace: 
+tests: tst_Commands
+
+fault: the file chooser's tab goes to the confirm button before Cancel
+file: src/dialogs/frmFile.cpp
+find:     setTabOrder(filList, cmdCancel);\n    setTabOrder(cmdCancel, cmdSet);
+replace:     setTabOrder(filList, cmdSet);\n    setTabOrder(cmdSet, cmdCancel);
+tests: tst_Commands
+
+fault: the file chooser no longer lists upper-case extensions
+file: src/dialogs/frmFile.cpp
+find:     dir.setFilter(QDir::Files);
+replace:     dir.setFilter(QDir::Files | QDir::CaseSensitive);
+tests: tst_Commands
+
+fault: the choosers open at the main window's left edge
+file: src/dialogs/DialogPlacement.cpp
+find: ownerOuter.width() * unitsPerPixelX, outer.width()
+replace: outer.width() * unitsPerPixelX, outer.width()
+tests: tst_Commands
+
 
 # --- the files and the skins (src/files, src/skin) ---
 fault: the code page's en dash and em dash swapped
@@ -306,3 +452,9 @@ file: src/skin/PictureClip.cpp
 find: clip_.y() * scale_
 replace: clip_.y()
 tests: tst_Skins
+
+fault: the main window is placed only once it is shown, so the manager maps it in one place and reads the second placing another way
+file: src/app/frmMain.cpp
+find:     const QSize centredBy = CentreOnScreen(*this, Screen());\n    show();
+replace:     show();\n    const QSize centredBy = CentreOnScreen(*this, Screen());
+tests: tst_RealWindow

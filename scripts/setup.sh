@@ -18,6 +18,7 @@ packages=(
     libbenchmark-dev
     # testing: a real X server to drive, pictures to compare, the formatter
     xvfb xdotool x11-utils fonts-dejavu-core desktop-file-utils
+    openbox  # a window manager, so the real-X test sees the frame it adds
     # packaging: dependencies computed by dpkg-shlibdeps, the package and its metadata checked
     dpkg-dev appstream lintian
     clang clang-format

@@ -1,31 +1,28 @@
-// The game-management commands as the player meets them: the save dialog's
-// questions and the file it writes, the offer to save before a game is left,
-// loading, and choosing a skin in the file chooser.
+// The commands as the player meets them: the three choosers, saving and its
+// questions, the offer to save before a game is left, and the desktop's own
+// boxes. The game is installed: its data and the player's files live in
+// folders of their own.
 #include "app/ImageControl.h"
-#include "app/modMain.h"
-#include "dialogs/frmFile.h"
+#include "platform/QtPlatform.h"
 #include "support/BoardText.h"
 #include "support/MainWindow.h"
 #include "support/ProgramFolder.h"
 #include "support/ScriptedPlatform.h"
+#include "support/WhenModal.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
-
-#include <functional>
 
 namespace {
 
 // The blocks of "2003/2003/4115/4.75/86.9" as a saved game holds them, after
 // the steps, the level and the name.
 const QByteArray Blocks("\x01\0\x15\0\0\0\x03\0\x14\0\x17\0\x29\0\x20\0\x28\0\x2B\0", 20);
-const QByteArray SavedAtLevelTwo = QByteArray("\x19\0\0\0\1\0Saved Two ", 16) + Blocks;
 
 // Queues answers by letter: O ok, Y yes, N no, C cancel.
 void Answers(ScriptedPlatform &platform, const QString &letters)
@@ -34,25 +31,26 @@ void Answers(ScriptedPlatform &platform, const QString &letters)
         platform.Reply(Answer(QString("OYNC").indexOf(letter)));
 }
 
-// A program started on a fresh folder, every level "2003/2003/4115/4675/8..9".
+QByteArray Read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+}
+
+// Started on a fresh install, every level "2003/2003/4115/4675/8..9".
 struct Game
 {
-    // Acts on the dialog the next command opens, once its event loop runs,
-    // and keeps its caption; should none open, the act goes with the window.
-    void OnDialog(const std::function<void(QDialog *)> &act = &QDialog::reject)
+    QString Player(const QString &relative) const { return home.filePath("q/" + relative); }
+    bool Put(const QString &relative, const QByteArray &bytes) const
     {
-        QTimer::singleShot(0, &form, [this, act] {
-            if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
-                opened = dialog->windowTitle();
-                act(dialog);
-            }
-        });
+        QFile file(Player(relative));
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
     }
     ScriptedPlatform platform;
-    ProgramFolder folder;
-    frmMain form {platform, folder.path()};
-    bool started = StartUp(form, platform, folder);
-    QString opened;
+    ProgramFolder shipped;
+    QTemporaryDir home;
+    frmMain form {platform, ProgramFolders(shipped.path(), home.filePath("q"))};
+    bool started = StartUp(form, platform);
 };
 
 } // namespace
@@ -61,14 +59,133 @@ class tst_Commands : public QObject
 {
     Q_OBJECT
 private slots:
+    void choosersTakeOnlyTheirConfirmButton_data();
+    void choosersTakeOnlyTheirConfirmButton();
     void saveAsksUntilTheNameIsUsable_data();
     void saveAsksUntilTheNameIsUsable();
     void leavingAChangedGameOffersToSave_data();
     void leavingAChangedGameOffersToSave();
-    void chooserAnswers_data();
-    void chooserAnswers();
-    void anInstalledGameKeepsThePlayersFilesInTheirFolder();
+    void desktopBoxesTakeEscapeAsTheWayOut_data();
+    void desktopBoxesTakeEscapeAsTheWayOut();
 };
+
+void tst_Commands::choosersTakeOnlyTheirConfirmButton_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("how"); // the target row is picked first, but for "nothing"
+    QTest::addColumn<QString>("target");
+    // Title | confirm button | offset from the main window | where Tab from
+    // the list goes | the rows, the last one alone when there are many.
+    QTest::addColumn<QString>("dialog");
+    // The status line | the settings file | the skin shown | Save Game | the board.
+    QTest::addColumn<QString>("after");
+    const QString untouched
+        = " |  | default.bmp, as before\r\n | known |  | 0000/0000/0000/0000/0000";
+    const struct
+    {
+        const char *command, *target, *dialog, *after;
+    } choosers[] = {
+        {"level", "Level 42 - Level 42  ",
+            "Choose Level | &Set Level | 65 | &Set Level | 70: Level 70 - Level 70  ",
+            "Level: 42 - Level 42   | Steps: 0 | default.bmp, as before\r\n | known | save | "
+            "2003/2003/4115/4675/8..9"},
+        {"load", "Resumed.sav", "Load Game | Load Game | 31 | Cancel | 1: Resumed.sav",
+            "Level: 2 - Saved Two  | Steps: 25 | default.bmp, as before\r\n | known | save | "
+            "2003/2003/4115/4.75/86.9"},
+        {"skin", "second.bmp",
+            "Load Skin | Set Skin | 31 | Cancel | 10: A.gif, b.BMP, c.jpeg, d.JPG, default.bmp, "
+            "e.Dib, f.wmf, g.EMF, second.bmp, \u591C.bmp",
+            " |  | second.bmp\r\n | mirrored |  | 0000/0000/0000/0000/0000"},
+    };
+    // Neither button is the default: Return on a row chooses nothing.
+    for (const auto &chooser : choosers)
+        for (const char *how : {"set", "cancel", "escape", "close", "return", "nothing"})
+            QTest::addRow("%s-%s", chooser.command, how)
+                << chooser.command << how << chooser.target << chooser.dialog
+                << (how == QString("set") ? chooser.after : untouched);
+    // A name the settings file cannot hold is refused before anything changes.
+    QTest::newRow("skin-outside-the-code-page") << "skin"
+                                                << "set"
+                                                << "\u591C.bmp" << choosers[2].dialog << untouched;
+}
+
+void tst_Commands::choosersTakeOnlyTheirConfirmButton()
+{
+    QFETCH(QString, command);
+    QFETCH(QString, how);
+    QFETCH(QString, target);
+    QFETCH(QString, dialog);
+    QFETCH(QString, after);
+    Game game;
+    QVERIFY(game.started);
+    QVERIFY(game.Put("saved/Resumed.sav", QByteArray("\x19\0\0\0\1\0Saved Two ", 16) + Blocks));
+    // The player's own skin of a shipped name is the one listed and applied.
+    for (const char *name : {"b.BMP", "A.gif", "c.jpeg", "d.JPG", "e.Dib", "f.wmf", "g.EMF",
+             "h.png", "i.tif", "j.bmp.bak", "second.bmp"})
+        QVERIFY(game.shipped.Write(QStringLiteral("skins/") + name, "no picture"));
+    for (const QString &name : {QString("second.bmp"), QString("\u591C.bmp")})
+        QVERIFY(KnownSkin().mirrored().save(game.Player("skins/" + name), "BMP"));
+    // Any rewrite of the settings file would drop the tail of this line.
+    QVERIFY(game.Put("qvl.ini", "default.bmp, as before\r\n"));
+    const bool refused = target.startsWith(QChar(0x591C));
+    Answers(game.platform, refused ? "O" : "");
+    QString seen;
+    bool fresh = false, stayed = false;
+    WhenModal([&](QWidget *widget) {
+        auto *list = widget->findChild<QListWidget *>();
+        const QList<QPushButton *> buttons = widget->findChildren<QPushButton *>();
+        fresh = list->selectedItems().isEmpty() && widget->focusWidget() == list
+            && !buttons[0]->isDefault() && !buttons[1]->isDefault();
+        QTest::keyClick(list, Qt::Key_Tab);
+        QStringList rows;
+        for (int i = 0; i < list->count(); ++i)
+            rows << list->item(i)->text();
+        seen = QStringList {widget->windowTitle(), buttons[0]->text(),
+            QString::number(
+                widget->frameGeometry().x() - widget->parentWidget()->frameGeometry().x()),
+            qobject_cast<QPushButton *>(widget->focusWidget())->text(),
+            QString::number(rows.size()) + ": "
+                + (rows.size() > 10 ? rows.last() : rows.join(", "))}
+                   .join(" | ");
+        list->setFocus();
+        if (how != "nothing")
+            list->setCurrentItem(list->findItems(target, Qt::MatchExactly).value(0));
+        QTest::keyClick(list, how == "escape" ? Qt::Key_Escape : Qt::Key_Return);
+        if (how == "close")
+            widget->close();
+        else if (how != "escape" && how != "return")
+            QTest::mouseClick(how == "cancel" ? buttons[1] : buttons[0], Qt::LeftButton);
+        stayed = widget->isVisible();
+        if (stayed)
+            QTest::mouseClick(buttons[1], Qt::LeftButton);
+    });
+    command == "level"      ? game.form.mnuNewGame_Click()
+        : command == "load" ? game.form.mnuLoadGame_Click()
+                            : game.form.mnuSetSkin_Click();
+
+    QVERIFY(fresh);
+    QCOMPARE(seen, dialog);
+    QCOMPARE(stayed, how == "return" || how == "nothing");
+    QCOMPARE(game.form.lblStatus->text() + " | " + game.form.lblSteps->text() + " | "
+            + Read(game.Player("qvl.ini")) + " | "
+            + (game.form.imgPieces[0]->pixmap().toImage().convertToFormat(QImage::Format_RGB32)
+                        == KnownSkin().copy(20, 20, 120, 120)
+                    ? "known"
+                    : "mirrored")
+            + " | " + (game.form.mnuSaveGame->isEnabled() ? "save" : "") + " | "
+            + BoardPicture(game.form.game),
+        after);
+    QCOMPARE(game.platform.Shown().join("").section("\r\n", 0, 0),
+        refused ? "Quorvel - Set Skin | The skin \u591C.bmp cannot be set: its name would be lost "
+                  "when the game starts again."
+                : "");
+    // The installed data is only read, the help page there too.
+    QCOMPARE(QDir(game.shipped.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        (QStringList {"QVL.ZHN", "skins"}));
+    QVERIFY(game.platform.Done());
+    game.form.mnuHTP_Click();
+    QCOMPARE(game.platform.Opened(), QStringList {game.shipped.File("qvl.html")});
+}
 
 void tst_Commands::saveAsksUntilTheNameIsUsable_data()
 {
@@ -77,14 +194,9 @@ void tst_Commands::saveAsksUntilTheNameIsUsable_data()
     QTest::addColumn<QStringList>("boxes"); // <path> the file of the last name typed
     QTest::addColumn<QString>("saved"); // the file's name, empty when nothing is written
     const QString proceed = "Quorvel - Saving | Are you sure you want to proceed without saving?";
-    const QString tooLong
-        = "Quorvel - Saving | Name too long.\r\nPlease limit the name to 32 characters.";
-    const QString illegal = "Quorvel - Saving | Illegal characters found in the name.";
     const QString overwrite = "Quorvel - Saving | File already exists. Overwrite it?";
     // Spaces, punctuation the file system takes and the code page's letters up to þ are fine.
     const QString x32 = QString("Caf\u00E9 \u20AC\u00FE <a|b> & (c) - ").leftJustified(32, 'x');
-    // Each beyond 16 bits is one character, though none is in the code page.
-    const QString faces = QString::fromUcs4(U"\U0001F600", 1).repeated(17);
     const auto row = [](const char *name, const QStringList &typed, const char *answers,
                          const QStringList &boxes, const QString &saved) {
         QTest::newRow(name) << typed << answers << boxes << saved;
@@ -92,12 +204,10 @@ void tst_Commands::saveAsksUntilTheNameIsUsable_data()
     row("cancel-then-give-up", {""}, "Y", {proceed}, "");
     row("cancel-then-ask-again", {"", "Mine"}, "N", {proceed}, "Mine");
     row("32-characters", {x32}, "", {}, x32);
-    row("33-characters", {x32 + "x", "ab"}, "O", {tooLong}, "ab");
-    row("too-long-and-forbidden", {"a." + QString(31, 'c'), "ab"}, "O", {tooLong}, "ab");
-    row("control-character", {QString("a%1b").arg(QChar(0x1F)), "ab"}, "O", {illegal}, "ab");
-    row("dot", {"a.b", "ab"}, "O", {illegal}, "ab");
-    row("y-diaeresis", {"a\u00FFb", "ab"}, "O", {illegal}, "ab");
-    row("17-characters-outside-the-code-page", {faces, "ab"}, "O", {illegal}, "ab");
+    row("33-characters", {x32 + "x", "ab"}, "O",
+        {"Quorvel - Saving | Name too long.\r\nPlease limit the name to 32 characters."}, "ab");
+    row("forbidden-character", {"a.b", "ab"}, "O",
+        {"Quorvel - Saving | Illegal characters found in the name."}, "ab");
     row("existing-no-then-yes", {"Old", "Old"}, "NY", {overwrite, overwrite}, "Old");
     row("write-refused", {"Dir"}, "O",
         {"Quorvel - Saving Error | An error occurred while attempting saving game data\r\n<path>"
@@ -112,27 +222,30 @@ void tst_Commands::saveAsksUntilTheNameIsUsable()
     QFETCH(QStringList, boxes);
     QFETCH(QString, saved);
     Game game;
-    ChooseLevel(game.form, 4);
-    DragBlock(game.form, 6, {1, 3}, {{1, 4}});
-    game.folder.Write("saved/Old.sav", QByteArray(40, '\xEE')); // longer, from elsewhere
-    QVERIFY(QDir(game.folder.File("saved")).mkdir("Dir.sav")); // no file can be written there
+    QVERIFY(game.started);
+    QVERIFY(game.Put("saved/Old.sav", QByteArray(40, '\xEE'))); // from elsewhere
+    QVERIFY(QDir(game.Player("saved")).mkdir("Dir.sav")); // no file can be written there
+    game.form.game.levelIndex = 4;
+    game.form.game.steps = 1;
+    game.form.game.SetUp(LayoutFromPicture("2003/2003/4115/4.75/86.9"));
+    game.form.gameChanged = true;
     for (const QString &text : typed)
         game.platform.Type(text);
     Answers(game.platform, answers);
 
     game.form.mnuSaveGame_Click();
 
-    const QString path = QDir::toNativeSeparators(game.folder.File("saved/" + typed.last()));
+    const QString path = QDir::toNativeSeparators(game.Player("saved/" + typed.last()));
     QCOMPARE(game.platform.Shown(), boxes.replaceInStrings("<path>", path + ".sav"));
     // Each prompt offers the name refused before it.
     QCOMPARE(game.platform.Asked().last(),
         "Quorvel - Saving Game | What is the name of the game? | " + typed.value(typed.size() - 2));
     const QByteArray written = QByteArray("\1\0\0\0\4\0Level 05  ", 16) + Blocks;
     // Written over from the start, never cut short.
-    QCOMPARE(game.folder.Read("saved/Old.sav"),
+    QCOMPARE(Read(game.Player("saved/Old.sav")),
         saved == "Old" ? written + QByteArray(4, '\xEE') : QByteArray(40, '\xEE'));
     if (!saved.isEmpty() && saved != "Old")
-        QCOMPARE(game.folder.Read("saved/" + saved + ".sav"), written);
+        QCOMPARE(Read(game.Player("saved/" + saved + ".sav")), written);
     QCOMPARE(game.form.gameChanged, saved.isEmpty());
     QVERIFY(game.platform.Done());
 }
@@ -167,8 +280,15 @@ void tst_Commands::leavingAChangedGameOffersToSave()
     Answers(game.platform, answer);
     if (answer == "Y")
         game.platform.Type("Kept");
+    QString opened;
+    // Should no dialog open, the check goes with the window.
+    QTimer::singleShot(0, &game.form, [&opened] {
+        if (QWidget *dialog = QApplication::activeModalWidget()) {
+            opened = dialog->windowTitle();
+            dialog->close();
+        }
+    });
 
-    game.OnDialog();
     command == "New Game"        ? game.form.mnuNewGame_Click()
         : command == "Load game" ? game.form.mnuLoadGame_Click()
                                  : game.form.mnuExit_Click();
@@ -176,153 +296,46 @@ void tst_Commands::leavingAChangedGameOffersToSave()
     // The offer to save comes only for a changed game, titled for its command.
     QCOMPARE(game.platform.Shown().join("").section(" | ", 0, 0),
         answer.isEmpty() ? "" : "Quorvel - " + command);
-    QCOMPARE(game.form.isVisible() ? game.opened : "closed", after);
+    QCOMPARE(game.form.isVisible() ? opened : "closed", after);
     QCOMPARE(game.form.gameChanged, changedAfter);
+    QCOMPARE(QFile::exists(game.Player("saved/Kept.sav")), answer == "Y");
     QVERIFY(game.platform.Done());
 }
 
-void tst_Commands::chooserAnswers_data()
+void tst_Commands::desktopBoxesTakeEscapeAsTheWayOut_data()
 {
-    QTest::addColumn<QString>("how"); // a saved game or skin picked, or what else the player does
-    QTest::newRow("load") << "Resumed.sav";
-    // The load chooser is cancelled in every row of the offer to save.
-    QTest::newRow("skin") << "second.bmp";
-    QTest::newRow("skin-cancel-button") << "cancel";
-    QTest::newRow("skin-escape") << "escape";
-    QTest::newRow("skin-close-control") << "close";
-    QTest::newRow("skin-nothing-selected") << "";
-    // Neither button is the default: Return on the selected "second.bmp" does nothing.
-    QTest::newRow("skin-return") << "return";
-    // A name the settings file cannot hold is refused before anything changes.
-    QTest::newRow("skin-name-outside-the-code-page") << "\u591C.bmp";
-    // Not a picture: the program ends, its setting kept.
-    QTest::newRow("skin-no-picture") << "broken.bmp";
+    QTest::addColumn<int>("buttons"); // Ok, YesNo, YesNoCancel
+    QTest::addColumn<QString>("how");
+    QTest::addColumn<int>("answer"); // Ok, Yes, No, Cancel
+    QTest::newRow("yes-no-cancel-escape") << 2 << "escape" << 3;
+    QTest::newRow("yes-no-cancel-close-control") << 2 << "close" << 3;
+    QTest::newRow("yes-no-cancel-yes") << 2 << "yes" << 1;
+    QTest::newRow("yes-no-escape") << 1 << "escape" << 2;
+    QTest::newRow("ok-escape") << 0 << "escape" << 0;
 }
 
-void tst_Commands::chooserAnswers()
+void tst_Commands::desktopBoxesTakeEscapeAsTheWayOut()
 {
+    QFETCH(int, buttons);
     QFETCH(QString, how);
-    Game game;
-    const QString path = game.folder.File("saved/Resumed.sav");
-    QVERIFY(game.folder.Write("saved/Resumed.sav", SavedAtLevelTwo));
-    const bool outside = how.startsWith(QChar(0x591C));
-    for (const QString &name :
-        outside ? QStringList {"second.bmp", how} : QStringList {"second.bmp"})
-        QVERIFY(KnownSkin().mirrored().save(game.folder.File("skins/" + name), "BMP"));
-    for (const char *name : {"broken.bmp", "b.BMP", "A.gif", "c.jpeg", "d.JPG", "e.Dib", "f.wmf",
-             "g.EMF", "h.png", "i.tif", "j.bmp.bak"})
-        game.folder.Write(QStringLiteral("skins/") + name, "no picture");
-    // Any rewrite of the settings file would drop the tail of this line.
-    game.folder.Write("qvl.ini", "default.bmp, as before\r\n");
-    const bool load = how.endsWith(".sav"), applied = how == "second.bmp";
-    const bool ends = how == "broken.bmp";
-    Answers(game.platform, ends || outside ? "O" : "");
-    QStringList rows;
-    bool stayedOpen = false, noDefault = false;
-    game.OnDialog([&](QDialog *dialog) {
-        auto *chooser = static_cast<frmFile *>(dialog);
-        for (int i = 0; i < chooser->filList->count(); ++i)
-            rows << chooser->filList->item(i)->text();
-        noDefault = !chooser->cmdSet->isDefault() && !chooser->cmdCancel->isDefault();
-        chooser->filList->setCurrentItem(
-            chooser->filList->findItems(how == "return" ? "second.bmp" : how, {}).value(0));
-        if (how == "return")
-            QTest::keyClick(chooser->filList, Qt::Key_Return);
-        else if (how == "escape")
-            QTest::keyClick(chooser->filList, Qt::Key_Escape);
-        else if (how == "close")
-            chooser->close();
-        else
-            QTest::mouseClick(
-                how == "cancel" ? chooser->cmdCancel : chooser->cmdSet, Qt::LeftButton);
-        stayedOpen = chooser->isVisible();
-        if (stayedOpen)
-            QTest::mouseClick(chooser->cmdCancel, Qt::LeftButton);
+    QFETCH(int, answer);
+    QtPlatform desktop;
+    QString text;
+    WhenModal([&](QWidget *widget) {
+        auto *box = qobject_cast<QMessageBox *>(widget);
+        text = box->text() + (box->icon() == QMessageBox::Warning ? " (warning)" : "");
+        how == "escape"      ? QTest::keyClick(box, Qt::Key_Escape)
+            : how == "close" ? void(box->close())
+                             : box->button(QMessageBox::Yes)->click();
     });
-
-    load ? game.form.mnuLoadGame_Click() : game.form.mnuSetSkin_Click();
-
-    QCOMPARE(rows,
-        (load ? QStringList {"Resumed.sav"}
-              : QStringList {"A.gif", "b.BMP", "broken.bmp", "c.jpeg", "d.JPG", "default.bmp",
-                    "e.Dib", "f.wmf", "g.EMF", "second.bmp"}
-                    + (outside ? QStringList {how} : QStringList {})));
-    QVERIFY(noDefault);
-    QCOMPARE(stayedOpen, how.isEmpty() || how == "return");
-    // A saved game's full path, a skin's bare name, or nothing.
-    QCOMPARE(game.form.absFilename, !how.contains('.') ? "" : load ? path : how);
-    const QString box = ends
-        ? "Quorvel - ERROR | An error has occurred while attempting to load picture \r\n"
-            + game.folder.File("skins/broken.bmp")
-        : outside ? "Quorvel - Set Skin | The skin " + how
-            + " cannot be set: its name would be lost when the game starts again.\r\nThe "
-              "settings file cannot hold the characters \u591C of its name."
-                  : "";
-    QCOMPARE(game.platform.Shown().join("").section("\r\n", 0, 1), box);
-    // The game loaded, its level named as in the file, or the board left as it was.
-    QCOMPARE(BoardPicture(game.form.game) + " | " + game.form.lblStatus->text() + " | "
-            + game.form.lblSteps->text(),
-        load ? "2003/2003/4115/4.75/86.9 | Level: 2 - Saved Two  | Steps: 25"
-             : "0000/0000/0000/0000/0000 |  | ");
-    QCOMPARE(game.folder.Read("qvl.ini"),
-        QByteArray(applied ? "second.bmp\r\n" : "default.bmp, as before\r\n"));
-    QCOMPARE(game.form.imgPieces[0]->pixmap().toImage().convertToFormat(QImage::Format_RGB32),
-        (applied ? KnownSkin().mirrored() : KnownSkin()).copy(20, 20, 120, 120));
-    QCOMPARE(game.form.Ended(), ends);
-    QVERIFY(game.platform.Done());
-}
-
-// The installed data (levels, help page, shipped skins) is only read; the
-// player's folder is made on first start and takes everything they write.
-void tst_Commands::anInstalledGameKeepsThePlayersFilesInTheirFolder()
-{
-    ProgramFolder shipped;
-    QVERIFY(KnownSkin().save(shipped.File("skins/shared.bmp"), "BMP"));
-    QTemporaryDir home;
-    const ProgramFolders folders(shipped.path(), home.filePath("data/quorvel"));
-    const QStringList shippedFiles = QDir(shipped.File("skins")).entryList(QDir::Files);
-    ScriptedPlatform platform;
-    frmMain form(platform, folders);
-    bool ok = false;
-    InitAppFiles(folders, platform, ok);
-    QVERIFY(ok);
-    form.Form_Load();
-    QVERIFY(!form.Ended() && platform.Shown().isEmpty());
-    const QDir player(folders.player);
-    const auto Settings = [&player] {
-        QFile file(player.filePath("qvl.ini"));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    };
-    QVERIFY(player.exists("saved") && player.exists("skins"));
-    QCOMPARE(Settings(), QByteArray("default.bmp\r\n"));
-
-    // The player's own skin of a shipped name is the one listed and applied.
-    QVERIFY(KnownSkin().mirrored().save(player.filePath("skins/shared.bmp"), "BMP"));
-    QVERIFY(KnownSkin().mirrored().save(player.filePath("skins/mine.bmp"), "BMP"));
-    QStringList rows;
-    QTimer::singleShot(0, &form, [&rows] {
-        auto *chooser = qobject_cast<frmFile *>(QApplication::activeModalWidget());
-        QVERIFY(chooser);
-        for (int i = 0; i < chooser->filList->count(); ++i)
-            rows << chooser->filList->item(i)->text();
-        chooser->filList->setCurrentItem(chooser->filList->findItems("shared.bmp", {}).value(0));
-        QTest::mouseClick(chooser->cmdSet, Qt::LeftButton);
-    });
-    form.mnuSetSkin_Click();
-    QCOMPARE(rows, (QStringList {"default.bmp", "mine.bmp", "shared.bmp"}));
-    QCOMPARE(form.imgPieces[0]->pixmap().toImage().convertToFormat(QImage::Format_RGB32),
-        KnownSkin().mirrored().copy(20, 20, 120, 120));
-    QCOMPARE(Settings(), QByteArray("shared.bmp\r\n"));
-
-    ChooseLevel(form, 0);
-    platform.Type(QStringLiteral("Monday"));
-    form.mnuSaveGame_Click();
-    QVERIFY(QFileInfo(player.filePath("saved/Monday.sav")).isFile());
-    form.mnuHTP_Click();
-    QCOMPARE(platform.Opened(), QStringList {shipped.File("qvl.html")});
-    QCOMPARE(QDir(shipped.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-        (QStringList {"QVL.ZHN", "skins"}));
-    QCOMPARE(QDir(shipped.File("skins")).entryList(QDir::Files), shippedFiles);
+    QCOMPARE(int(desktop.MsgBox(nullptr, "one\r\ntwo", Buttons(buttons), Icon::Exclamation, "T")),
+        answer);
+    QCOMPARE(text, "one\ntwo (warning)");
+    // The input box offers its text; Escape gives nothing, Return the text.
+    WhenModal([](QWidget *box) { QTest::keyClick(box, Qt::Key_Escape); });
+    QCOMPARE(desktop.InputBox(nullptr, "Name?", "T", "offered"), QString());
+    WhenModal([](QWidget *box) { QTest::keyClick(box, Qt::Key_Return); });
+    QCOMPARE(desktop.InputBox(nullptr, "Name?", "T", "offered"), "offered");
 }
 
 QTEST_MAIN(tst_Commands)

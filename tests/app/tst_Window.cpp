@@ -1,8 +1,10 @@
-// Start-up on prepared program folders, then the board display, the status
-// line and skin cutting on the window it leaves, with a skin whose every
-// pixel is known. What start-up does with damaged files is the fault suite's.
+// Start-up on prepared program folders, then the board display and skin
+// cutting on the window it leaves, with a skin whose every pixel is known;
+// and the about box: its links and the hidden bonus behind three modified
+// presses. What start-up does with damaged files is the fault suite's.
 #include "app/ImageControl.h"
 #include "app/modMain.h"
+#include "dialogs/frmAbout.h"
 #include "skin/SkinLayout.h"
 #include "support/MainWindow.h"
 #include "support/ProgramFolder.h"
@@ -21,31 +23,58 @@ bool ShowsSkinArea(const QLabel &image, const SkinRect &r)
         == KnownSkin().copy(r.x, r.y, r.width, r.height);
 }
 
+// Which of blocks 0 and 6 to 9, in that order, show their second picture
+// cut from `skin`.
+QString SecondPictures(const frmMain &form, const QImage &skin)
+{
+    QString seen;
+    for (int i : {0, 6, 7, 8, 9})
+        seen += form.imgPieces[i]->pixmap().toImage().convertToFormat(QImage::Format_RGB32)
+                == skin.copy(i ? QRect(140, 140, 60, 60) : QRect(140, 20, 120, 120))
+            ? 's'
+            : '-';
+    return seen;
+}
+
 } // namespace
 
 class tst_Window : public QObject
 {
     Q_OBJECT
 private slots:
-    void firstRunPreparesTheFolderAndShowsAnEmptyWindow();
-    void settingsAreReadAndRepaired_data();
-    void settingsAreReadAndRepaired();
-    void unwritableSettingsAreReported();
-    void everyImageGetsItsRectangleOfTheSkin();
-    void blocksStandOnTheirCellsWhateverTheUnits_data();
-    void blocksStandOnTheirCellsWhateverTheUnits();
-    void statusLineKeepsTheNamesPadding();
+    void startUpShowsAnEmptyWindowAndKeepsAUsableSkin_data();
+    void startUpShowsAnEmptyWindowAndKeepsAUsableSkin();
+    void everyImageGetsItsPlaceAndItsRectangleOfTheSkin();
+    void easterEggWantsItsOrder_data();
+    void easterEggWantsItsOrder();
+    void linksThatCannotOpenSayWhereToGo_data();
+    void linksThatCannotOpenSayWhereToGo();
 };
 
-void tst_Window::firstRunPreparesTheFolderAndShowsAnEmptyWindow()
+void tst_Window::startUpShowsAnEmptyWindowAndKeepsAUsableSkin_data()
 {
+    QTest::addColumn<QByteArray>("settings"); // none on a first run
+    QTest::addColumn<QByteArray>("after");
+    QTest::newRow("first-run") << QByteArray() << QByteArray("default.bmp\r\n");
+    QTest::newRow("skin-present") << QByteArray("other.bmp,ignored\r\nline two\r\n")
+                                  << QByteArray("other.bmp\r\n");
+    QTest::newRow("skin-missing") << QByteArray("gone.bmp\r\n") << QByteArray("default.bmp\r\n");
+}
+
+void tst_Window::startUpShowsAnEmptyWindowAndKeepsAUsableSkin()
+{
+    QFETCH(QByteArray, settings);
+    QFETCH(QByteArray, after);
     ProgramFolder folder;
-    folder.Write("saved", "a plain file of that name is left alone");
+    QVERIFY(folder.Write("saved", "a plain file of that name is left alone"));
+    QVERIFY(QFile::copy(folder.File("skins/default.bmp"), folder.File("skins/other.bmp")));
+    if (!settings.isEmpty())
+        QVERIFY(folder.Write("qvl.ini", settings));
     ScriptedPlatform platform;
     frmMain form(platform, folder.path());
     QVERIFY(StartUp(form, platform, folder));
     QVERIFY(QFileInfo(folder.File("saved")).isFile());
-    QCOMPARE(folder.Read("qvl.ini"), QByteArray("default.bmp\r\n"));
+    QCOMPARE(folder.Read("qvl.ini"), after);
     QVERIFY(platform.Shown().isEmpty());
     QVERIFY(form.isVisible() && !form.mnuSaveGame->isEnabled());
     for (QWidget *image : form.centralWidget()->findChildren<ImageControl *>())
@@ -73,141 +102,134 @@ void tst_Window::firstRunPreparesTheFolderAndShowsAnEmptyWindow()
             "Show &Fewest Steps Left Ctrl+F  [ ]", "&Help", "H&ow to Play", "-", "&About"}));
 }
 
-void tst_Window::settingsAreReadAndRepaired_data()
+void tst_Window::everyImageGetsItsPlaceAndItsRectangleOfTheSkin()
 {
-    QTest::addColumn<QByteArray>("settings");
-    QTest::addColumn<QString>("extraSkin");
-    QTest::addColumn<QByteArray>("afterInit");
-    QTest::addColumn<QByteArray>("afterLoad");
-    const QByteArray reset = "default.bmp\r\n";
-    QTest::newRow("present-skin") << QByteArray("other.bmp,ignored\r\nline two\r\n") << "other.bmp"
-                                  << QByteArray("other.bmp,ignored\r\nline two\r\n")
-                                  << QByteArray("other.bmp\r\n");
-    QTest::newRow("quoted-with-comma")
-        << QByteArray("  \"sea, blue.bmp\"\r\n") << "sea, blue.bmp"
-        << QByteArray("  \"sea, blue.bmp\"\r\n") << QByteArray("\"sea, blue.bmp\"\r\n");
-    QTest::newRow("comma-cuts-the-name")
-        << QByteArray("sea, blue.bmp\r\n") << "sea, blue.bmp" << reset << reset;
-    QTest::newRow("missing-skin") << QByteArray("gone.bmp\r\n") << QString() << reset << reset;
-    QTest::newRow("empty") << QByteArray() << QString() << reset << reset;
-    QTest::newRow("leaves-the-skins-folder")
-        << QByteArray("../QVL.ZHN\r\n") << QString() << reset << reset;
-    QTest::newRow("names-a-folder") << QByteArray("sub\r\n") << "sub/" << reset << reset;
-}
-
-void tst_Window::settingsAreReadAndRepaired()
-{
-    QFETCH(QByteArray, settings);
-    QFETCH(QString, extraSkin);
-    QFETCH(QByteArray, afterInit);
-    QFETCH(QByteArray, afterLoad);
-    ProgramFolder folder;
-    folder.Write("qvl.ini", settings);
-    if (extraSkin.endsWith('/'))
-        QDir(folder.File("skins")).mkdir(extraSkin.chopped(1));
-    else if (!extraSkin.isEmpty())
-        QVERIFY(QFile::copy(folder.File("skins/default.bmp"), folder.File("skins/" + extraSkin)));
-    ScriptedPlatform platform;
-    bool ok = false;
-    InitAppFiles(folder.path(), platform, ok);
-    QVERIFY(ok);
-    QCOMPARE(folder.Read("qvl.ini"), afterInit);
-    frmMain form(platform, folder.path());
-    form.Form_Load();
-    QVERIFY(!form.Ended());
-    QCOMPARE(folder.Read("qvl.ini"), afterLoad);
-}
-
-void tst_Window::unwritableSettingsAreReported()
-{
-    ProgramFolder folder;
-    QDir(folder.path()).mkdir("qvl.ini"); // a folder where the file should be
-    ScriptedPlatform platform;
-    platform.Reply(Answer::Ok);
-    bool ok = true;
-    InitAppFiles(folder.path(), platform, ok);
-    QVERIFY(!ok);
-    QCOMPARE(platform.Calls().size(), 1);
-    QCOMPARE(platform.Calls().first().title, QStringLiteral("Quorvel - Error"));
-    QVERIFY(platform.Calls().first().text.contains(folder.File("qvl.ini")));
-}
-
-void tst_Window::everyImageGetsItsRectangleOfTheSkin()
-{
-    ProgramFolder folder;
+    ProgramFolder folder({"2345/2345/6117/.008/.009"});
     ScriptedPlatform platform;
     frmMain form(platform, folder.path());
     QVERIFY(StartUp(form, platform, folder));
-    const QList<std::pair<QLabel *, SkinRect>> expected
-        = {{form.imgUpFrame, {0, 0, 280, 20}}, {form.imgLeftFrame, {0, 20, 20, 300}},
-            {form.imgRightFrame, {260, 20, 20, 300}}, {form.imgExit, {0, 320, 280, 20}},
-            {form.imgTitle, {280, 0, 90, 340}}, {form.imgCong, {0, 340, 370, 40}},
-            {form.imgPieces[0], {20, 20, 120, 120}}, {form.imgPieces[1], {20, 140, 120, 60}},
-            {form.imgPieces[2], {20, 200, 60, 120}}, {form.imgPieces[4], {80, 200, 60, 120}},
-            {form.imgPieces[3], {140, 200, 60, 120}}, {form.imgPieces[5], {200, 200, 60, 120}},
-            {form.imgPieces[6], {200, 140, 60, 60}}, {form.imgPieces[9], {200, 140, 60, 60}}};
-    for (const auto &[image, rect] : expected)
+    QCOMPARE(form.frameGeometry().x(), (1280 - form.frameGeometry().width()) / 2);
+    ChooseLevel(form, 0);
+    const QList<std::tuple<QLabel *, QPoint, SkinRect>> expected = {
+        {form.imgUpFrame, {10, 10}, {0, 0, 280, 20}},
+        {form.imgLeftFrame, {10, 30}, {0, 20, 20, 300}},
+        {form.imgRightFrame, {270, 30}, {260, 20, 20, 300}},
+        {form.imgExit, {10, 330}, {0, 320, 280, 20}}, {form.imgTitle, {310, 10}, {280, 0, 90, 340}},
+        {form.imgPieces[0], {90, 210}, {20, 20, 120, 120}}, // code 31
+        {form.imgPieces[1], {90, 150}, {20, 140, 120, 60}},
+        {form.imgPieces[2], {30, 30}, {20, 200, 60, 120}},
+        {form.imgPieces[4], {150, 30}, {80, 200, 60, 120}},
+        {form.imgPieces[3], {90, 30}, {140, 200, 60, 120}},
+        {form.imgPieces[5], {210, 30}, {200, 200, 60, 120}},
+        {form.imgPieces[6], {30, 150}, {200, 140, 60, 60}},
+        {form.imgPieces[9], {210, 270}, {200, 140, 60, 60}}, // code 43
+    };
+    for (const auto &[image, at, rect] : expected) {
+        QCOMPARE(image->pos(), at);
         QVERIFY2(ShowsSkinArea(*image, rect),
             qPrintable(QString::number(rect.x) + "," + QString::number(rect.y)));
+    }
+    QVERIFY(form.imgPieces[0]->isVisible() && !form.imgCong->isVisible());
+    form.ShowCongratulation();
+    QCOMPARE(form.imgCong->pos(), QPoint(19, 182)); // (405 - 40) halved, truncated
+    QVERIFY(ShowsSkinArea(*form.imgCong, {0, 340, 370, 40}));
     // A larger picture is used only in its top-left part, and kept as the setting.
-    KnownSkin(500, 400).save(folder.File("skins/large.bmp"), "BMP");
+    QVERIFY(KnownSkin(500, 400).save(folder.File("skins/large.bmp"), "BMP"));
     form.ApplySkin("large.bmp");
     QVERIFY(platform.Shown().isEmpty());
     QVERIFY(ShowsSkinArea(*form.imgPieces[0], {20, 20, 120, 120}));
     QCOMPARE(folder.Read("qvl.ini"), QByteArray("large.bmp\r\n"));
 }
 
-void tst_Window::blocksStandOnTheirCellsWhateverTheUnits_data()
+void tst_Window::easterEggWantsItsOrder_data()
 {
-    QTest::addColumn<float>("u");
-    QTest::newRow("1") << 1.0f;
-    QTest::newRow("12") << 12.0f;
-    QTest::newRow("15") << 15.0f;
+    // "target modifiers": E the mail link, U the web link, P the picture;
+    // modifiers as Shift 1 + Ctrl 2 + Alt 4.
+    QTest::addColumn<QString>("presses");
+    QTest::addColumn<int>("found"); // how many times the message came
+    QTest::newRow("mail-web-picture") << "E5 U5 P1" << 1;
+    QTest::newRow("every-further-picture-press-repeats") << "E5 U5 P1 P1 P0 P1" << 3;
+    QTest::newRow("plain-presses-keep-the-step") << "E5 E0 U0 U5 U1 E0 P0 P1" << 1;
+    QTest::newRow("web-link-first") << "U5 E5 P1" << 0;
+    QTest::newRow("picture-first") << "P1 E5 U5" << 0;
+    QTest::newRow("shift-ctrl-on-the-picture") << "E5 U5 P3" << 0;
+    QTest::newRow("ctrl-too-on-the-mail-link") << "E7 U5 P1" << 0;
+    QTest::newRow("ctrl-too-on-the-web-link") << "E5 U7 P1" << 0;
+    QTest::newRow("mail-link-again-goes-back-a-step") << "E5 U5 E5 P1" << 0;
 }
 
-void tst_Window::blocksStandOnTheirCellsWhateverTheUnits()
+void tst_Window::easterEggWantsItsOrder()
 {
-    QFETCH(float, u);
-    ProgramFolder folder({"2345/2345/6117/.008/.009"});
+    QFETCH(QString, presses);
+    QFETCH(int, found);
     ScriptedPlatform platform;
-    platform.metrics.unitsPerPixelX = platform.metrics.unitsPerPixelY = u;
-    platform.metrics.width = 1024 * u;
-    platform.metrics.height = 768 * u;
-    frmMain form(platform, folder.path());
-    QVERIFY(StartUp(form, platform, folder));
-    QCOMPARE(form.frameGeometry().x(), (1024 - form.frameGeometry().width()) / 2);
-    ChooseLevel(form, 0);
-    QCOMPARE(form.imgPieces[0]->Left(), 90 * u); // code 31
-    QCOMPARE(form.imgPieces[0]->pos(), QPoint(90, 210));
-    QCOMPARE(form.imgPieces[9]->pos(), QPoint(210, 270)); // code 43
-    QCOMPARE(form.imgTitle->Left(), 310 * u);
-    for (const auto &[image, at] :
-        std::initializer_list<std::pair<QWidget *, QPoint>> {{form.imgUpFrame, {10, 10}},
-            {form.imgLeftFrame, {10, 30}}, {form.imgRightFrame, {270, 30}},
-            {form.imgExit, {10, 330}}, {form.imgTitle, {310, 10}}})
-        QCOMPARE(image->pos(), at);
-    QVERIFY(form.imgPieces[0]->isVisible() && !form.imgCong->isVisible());
-    form.ShowCongratulation();
-    QCOMPARE(form.imgCong->pos(), QPoint(19, 182)); // (405 - 40) halved, truncated
-    QCOMPARE(form.imgCong->Left(), 19 * u);
-    QVERIFY(!form.mnuSaveGame->isEnabled() && !form.gameChanged);
-}
-
-void tst_Window::statusLineKeepsTheNamesPadding()
-{
     ProgramFolder folder;
-    ScriptedPlatform platform;
     frmMain form(platform, folder.path());
-    QVERIFY(StartUp(form, platform, folder));
-    ChooseLevel(form, 0);
-    QCOMPARE(form.lblStatus->text(), QStringLiteral("Level: 1 - Level 01  "));
-    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 0"));
-    form.levels[69].levelName = QString::fromLatin1("Zero\0\0\0\0\0\0", 10);
-    form.game.levelIndex = 69;
-    form.game.steps = 123456;
-    form.ShowStatus();
-    QCOMPARE(form.lblStatus->text(), QString::fromLatin1("Level: 70 - Zero\0\0\0\0\0\0", 22));
-    QCOMPARE(form.lblSteps->text(), QStringLiteral("Steps: 123456"));
+    // The second pictures are cut from the skin in use, whichever the player chose.
+    QVERIFY(KnownSkin().mirrored().save(folder.File("skins/other.bmp"), "BMP"));
+    form.ApplySkin("other.bmp");
+    for (int i = 0; i < found; ++i)
+        platform.Reply(Answer::Ok);
+    frmAbout box(form);
+    for (const QString &press : presses.split(' ')) {
+        QWidget *target = QList<QWidget *> {box.lblEmail, box.lblUpdates, box.imgVess}.value(
+            QString("EUP").indexOf(press[0]));
+        // Qt numbers Shift, Ctrl and Alt alike, only further up.
+        const auto modifiers = Qt::KeyboardModifiers(press[1].digitValue() << 25);
+        // Released away from the target, so no link opens.
+        QTest::mousePress(target, Qt::LeftButton, modifiers, QPoint(5, 5));
+        QTest::mouseRelease(target, Qt::LeftButton, modifiers, QPoint(-20, -20));
+    }
+
+    QCOMPARE(platform.Shown(),
+        QStringList(found, "Quorvel - Easter Egg | You have found the Easter Egg!"));
+    QCOMPARE(SecondPictures(form, KnownSkin().mirrored()), found ? "sssss" : "-----");
+    form.ApplySkin("other.bmp"); // even the skin in use gives the usual ones back
+    QCOMPARE(SecondPictures(form, KnownSkin().mirrored()), "-----");
+    QVERIFY(platform.Done());
+}
+
+void tst_Window::linksThatCannotOpenSayWhereToGo_data()
+{
+    // Each row is named for its link; "help" is the help command of the main window.
+    QTest::addColumn<QString>("target"); // <folder> the program folder
+    QTest::addColumn<QString>("shown");
+    const auto row = [](const char *link, QString target, QString shown) {
+        QTest::newRow(link) << target << "Quorvel - " + shown;
+    };
+    row("mail", "mailto:" + ContactAddress + "?Subject=Quorvel",
+        "Email | Unable to start your Email agent automatically.\r\nPlease send an Email to "
+            + ContactAddress + " manually.");
+    row("web", WebAddress,
+        "Updates | Unable to start your web browser automatically.\r\nPlease goto the site "
+            + WebAddress + " manually.");
+    row("help", "<folder>/qvl.html",
+        "Help | Unable to open <folder>/qvl.html automatically.\r\nPlease open the file manually.");
+}
+
+void tst_Window::linksThatCannotOpenSayWhereToGo()
+{
+    const QString link = QTest::currentDataTag();
+    QFETCH(QString, target);
+    QFETCH(QString, shown);
+    ScriptedPlatform platform;
+    ProgramFolder folder;
+    frmMain form(platform, folder.path());
+    platform.Reply(Answer::Ok);
+    frmAbout box(form);
+    QCOMPARE(box.lblProd->text().section('\n', 0, 0), "Quorvel Version 1.01"); // its first line
+
+    link == "help"
+        ? form.mnuHTP_Click()
+        : QTest::mouseClick(link == "mail" ? box.lblEmail : box.lblUpdates, Qt::LeftButton);
+
+    QCOMPARE(platform.Opened(), QStringList(1, target.replace("<folder>", folder.path())));
+    QCOMPARE(platform.Shown(),
+        QStringList {shown.replace("<folder>", QDir::toNativeSeparators(folder.path()))});
+    // The link pressed turns red and stays so; every box starts with both blue.
+    QCOMPARE(frmAbout::LinkColour(*box.lblEmail), QColor(link == "mail" ? Qt::red : Qt::blue));
+    QCOMPARE(frmAbout::LinkColour(*box.lblUpdates), QColor(link == "web" ? Qt::red : Qt::blue));
+    QVERIFY(platform.Done());
 }
 
 QTEST_MAIN(tst_Window)

@@ -11,10 +11,15 @@
 #include <QPushButton>
 #include <QTest>
 
-bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &folder)
+bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &)
+{
+    return StartUp(form, platform);
+}
+
+bool StartUp(frmMain &form, ScriptedPlatform &platform)
 {
     bool ok = false;
-    InitAppFiles(folder.path(), platform, ok);
+    InitAppFiles(form.Folders(), platform, ok);
     if (!ok)
         return false;
     form.Form_Load();
@@ -38,19 +43,33 @@ QPoint CellCentreIn(const QWidget &image, Cell cell)
     return QPoint(30 + 60 * cell.col + 30, 30 + 60 * cell.row + 30) - image.pos();
 }
 
-void DragBlock(frmMain &form, int piece, Cell from, std::initializer_list<Cell> path)
+void Press(frmMain &form, int piece, Cell cell, Qt::MouseButton button)
 {
     QWidget *image = form.imgPieces[piece];
-    QTest::mousePress(image, Qt::LeftButton, Qt::NoModifier, CellCentreIn(*image, from));
-    // Qt keeps sending a held button's events to the pressed image; the test
-    // does the same, with positions relative to where the image stands now.
-    Cell last = from;
-    for (const Cell cell : path) {
-        QMouseEvent move(QEvent::MouseMove, CellCentreIn(*image, cell),
-            image->mapToGlobal(CellCentreIn(*image, cell)), Qt::NoButton, Qt::LeftButton,
-            Qt::NoModifier);
-        QApplication::sendEvent(image, &move);
-        last = cell;
-    }
-    QTest::mouseRelease(image, Qt::LeftButton, Qt::NoModifier, CellCentreIn(*image, last));
+    QTest::mousePress(image, button, Qt::NoModifier, CellCentreIn(*image, cell));
+}
+
+// Qt keeps sending a held button's events to the pressed image; the test
+// does the same, with positions relative to where the image stands now.
+void MoveTo(frmMain &form, int piece, Cell cell)
+{
+    QWidget *image = form.imgPieces[piece];
+    const QPoint at = CellCentreIn(*image, cell);
+    QMouseEvent move(QEvent::MouseMove, at, image->mapToGlobal(at), Qt::NoButton, Qt::LeftButton,
+        Qt::NoModifier);
+    QApplication::sendEvent(image, &move);
+}
+
+void Release(frmMain &form, int piece, Cell cell, Qt::MouseButton button)
+{
+    QWidget *image = form.imgPieces[piece];
+    QTest::mouseRelease(image, button, Qt::NoModifier, CellCentreIn(*image, cell));
+}
+
+void DragBlock(frmMain &form, int piece, Cell from, std::initializer_list<Cell> path)
+{
+    Press(form, piece, from);
+    for (const Cell cell : path)
+        MoveTo(form, piece, cell);
+    Release(form, piece, path.size() ? *(path.end() - 1) : from);
 }

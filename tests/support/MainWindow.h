@@ -7,11 +7,18 @@
 class ProgramFolder;
 class ScriptedPlatform;
 
-// InitAppFiles, then the window's load. False when start-up stopped.
+// InitAppFiles on the window's folders, then its load. False when start-up
+// stopped.
+bool StartUp(frmMain &form, ScriptedPlatform &platform);
 bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &folder);
 
 // Opens New Game and picks the row of `levelIndex` in the real chooser.
 void ChooseLevel(frmMain &form, int levelIndex);
+
+// Mouse events on a block's image, at the centre of a board cell.
+void Press(frmMain &form, int piece, Cell cell, Qt::MouseButton button = Qt::LeftButton);
+void MoveTo(frmMain &form, int piece, Cell cell);
+void Release(frmMain &form, int piece, Cell cell, Qt::MouseButton button = Qt::LeftButton);
 
 // A whole drag with real mouse events on the block's image: press on the
 // given board cell of the block, move through `path` (board cells), release

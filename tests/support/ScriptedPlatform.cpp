@@ -16,7 +16,7 @@ QStringList ScriptedPlatform::Shown() const
 
 bool ScriptedPlatform::Done() const
 {
-    return !unscripted_ && answers_.isEmpty() && inputs_.isEmpty() && opens_.isEmpty();
+    return !unscripted_ && answers_.isEmpty() && inputs_.isEmpty();
 }
 
 Answer ScriptedPlatform::MsgBox(
@@ -46,9 +46,5 @@ QString ScriptedPlatform::InputBox(
 bool ScriptedPlatform::OpenDocument(const QString &target)
 {
     opened_.append(target);
-    if (opens_.isEmpty()) {
-        unscripted_ = true;
-        return false;
-    }
-    return opens_.takeFirst();
+    return false;
 }

@@ -1,6 +1,6 @@
-// A desktop for tests: replays queued answers and records every call. A call
-// nobody scripted gets Cancel (or an empty text, or a failed open) and makes
-// Done() false; nothing ever reaches a real browser or mail program.
+// A desktop for tests: replays queued answers and records every call. A box
+// nobody scripted gets Cancel (or an empty text) and makes Done() false. No
+// document ever opens: nothing reaches a real browser or mail program.
 #pragma once
 
 #include "platform/Platform.h"
@@ -24,7 +24,6 @@ public:
 
     void Reply(Answer answer) { answers_.append(answer); }
     void Type(const QString &text) { inputs_.append(text); }
-    void OpenResult(bool ok) { opens_.append(ok); }
     // Runs while the box is "shown", e.g. to look at the window behind it.
     void OnMessage(std::function<void(const Call &)> spy) { spy_ = std::move(spy); }
 
@@ -49,7 +48,6 @@ public:
 private:
     QList<Answer> answers_;
     QStringList inputs_;
-    QList<bool> opens_;
     QList<Call> calls_;
     QStringList asked_;
     QStringList opened_;

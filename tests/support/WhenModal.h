@@ -1,4 +1,4 @@
-// Acts on the next modal dialog as a user would, once it is really up:
+// Acts on the next modal dialog as a user would, once its event loop runs:
 // arm it before calling exec() or the command that opens the dialog.
 #pragma once
 
@@ -6,5 +6,5 @@
 
 class QWidget;
 
-// `act` runs once with the active modal widget. Gives up after `timeoutMs`.
-void WhenModal(std::function<void(QWidget *)> act, int timeoutMs = 5000);
+// `act` runs once with the active modal widget, if there is one by then.
+void WhenModal(std::function<void(QWidget *)> act);
