@@ -301,8 +301,14 @@ find: ownerOuter.width() * unitsPerPixelX, outer.width()
 replace: outer.width() * unitsPerPixelX, outer.width()
 tests: tst_Commands
 
+fault: the main window is placed only once it is shown, so the manager maps it in one place and reads the second placing another way
+file: src/app/frmMain.cpp
+find:     const QSize centredBy = CentreOnScreen(*this, Screen());\n    show();
+replace:     show();\n    const QSize centredBy = CentreOnScreen(*this, Screen());
+tests: tst_RealWindow
 
 # --- the files and the skins (src/files, src/skin) ---
+
 fault: the code page's en dash and em dash swapped
 file: src/files/CodePage.cpp
 find:     0x2013,\n    0x2014,
@@ -452,9 +458,3 @@ file: src/skin/PictureClip.cpp
 find: clip_.y() * scale_
 replace: clip_.y()
 tests: tst_Skins
-
-fault: the main window is placed only once it is shown, so the manager maps it in one place and reads the second placing another way
-file: src/app/frmMain.cpp
-find:     const QSize centredBy = CentreOnScreen(*this, Screen());\n    show();
-replace:     show();\n    const QSize centredBy = CentreOnScreen(*this, Screen());
-tests: tst_RealWindow
