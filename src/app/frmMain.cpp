@@ -8,13 +8,11 @@
 #include "skin/PictureLoader.h"
 
 #include <QCloseEvent>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QEventLoop>
 #include <QLabel>
 #include <QMenuBar>
 #include <QThread>
-#include <QTimer>
 #include <QWindow>
 
 #include <functional>
@@ -47,30 +45,39 @@ QSize CentreOnScreen(QWidget &window, const ScreenMetrics &screen)
     return outer;
 }
 
-// A window manager frames the window only after it is shown, and Qt learns
-// the frame's size from the manager some time later, with no event to say
-// so. For a short while, then, the outer size is watched, and the window is
-// centred once more when it first differs from the size it was centred by.
-// Without a manager nothing changes and the watch ends on its own.
-void CentreWhenFramed(frmMain &form, QSize centredBy)
+// A window manager frames the window only after it is shown. The window was
+// placed by its frame's corner, so the frame going round it moves the client
+// down and right, and by then the window system knows the frame's size: at
+// the first event after which the outer size differs from the one the window
+// was centred by, it is centred once more. Without a manager that never
+// happens and nothing moves.
+class CentreWhenFramed : public QObject
 {
-    // Some platforms know the frame as soon as the window is shown.
-    if (OuterSize(form) != centredBy) {
-        CentreOnScreen(form, form.Screen());
-        return;
+public:
+    CentreWhenFramed(frmMain &form, QSize centredBy)
+        : QObject(&form)
+        , form_(form)
+        , centredBy_(centredBy)
+    {
+        form.windowHandle()->installEventFilter(this);
     }
-    constexpr int WatchMs = 3000, EveryMs = 20;
-    auto *watch = new QTimer(&form);
-    const QDeadlineTimer deadline(WatchMs);
-    QObject::connect(watch, &QTimer::timeout, &form, [&form, watch, centredBy, deadline] {
-        const bool framed = OuterSize(form) != centredBy;
-        if (framed)
-            CentreOnScreen(form, form.Screen());
-        if (framed || deadline.hasExpired())
-            watch->deleteLater();
-    });
-    watch->start(EveryMs);
-}
+
+    bool eventFilter(QObject *window, QEvent *event) override
+    {
+        const QEvent::Type type = event->type();
+        if ((type == QEvent::Expose || type == QEvent::Move || type == QEvent::Resize)
+            && OuterSize(form_) != centredBy_) {
+            window->removeEventFilter(this);
+            CentreOnScreen(form_, form_.Screen());
+            deleteLater();
+        }
+        return false;
+    }
+
+private:
+    frmMain &form_;
+    QSize centredBy_;
+};
 
 // Reads the picture on a thread of its own: the window repaints meanwhile
 // and Exit still works, while every other command waits for the picture.
@@ -205,7 +212,11 @@ void frmMain::Form_Load()
     // belongs and reads its position the same way both times it is placed.
     const QSize centredBy = CentreOnScreen(*this, Screen());
     show();
-    CentreWhenFramed(*this, centredBy);
+    // Some platforms know the frame as soon as the window is shown.
+    if (OuterSize(*this) != centredBy)
+        CentreOnScreen(*this, Screen());
+    else
+        new CentreWhenFramed(*this, centredBy);
     mnuSaveGame->setEnabled(false);
     ReadSettings();
     SetShowFewestStepsLeft(progress_.FewestStepsLeftShown());
