@@ -301,10 +301,10 @@ find: ownerOuter.width() * unitsPerPixelX, outer.width()
 replace: outer.width() * unitsPerPixelX, outer.width()
 tests: tst_Commands
 
-fault: the main window is placed only once it is shown, so the manager maps it in one place and reads the second placing another way
+fault: the main window is not centred again once a window manager has framed it
 file: src/app/frmMain.cpp
-find:     const QSize centredBy = CentreOnScreen(*this, Screen());\n    show();
-replace:     show();\n    const QSize centredBy = CentreOnScreen(*this, Screen());
+find:     else\n        new CentreWhenFramed(*this, centredBy);
+replace: 
 tests: tst_RealWindow
 
 # --- the files and the skins (src/files, src/skin) ---
