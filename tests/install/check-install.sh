@@ -95,7 +95,9 @@ home="$dir/home"
 mkdir "$home"
 [ "$(id -u)" -ne 0 ] || chown 65534:65534 "$home"
 exec 3> "$dir/display"
-Xvfb -displayfd 3 -ac -nolisten tcp -screen 0 1280x1024x24 > /dev/null 2>&1 &
+# Without -noreset the server starts afresh, refusing connections meanwhile,
+# each time the game it served ends, and the next start finds no display.
+Xvfb -displayfd 3 -ac -noreset -nolisten tcp -screen 0 1280x1024x24 > /dev/null 2>&1 &
 server=$!
 exec 3>&-
 for _ in $(seq 50); do [ -s "$dir/display" ] && break; sleep 0.1; done
