@@ -67,7 +67,7 @@ struct Window
         form = std::make_unique<frmMain>(platform, dir.path());
         form->Form_Load();
         form->game.steps = 0;
-        // A sound layout, as the guide of the fewest steps needs one; block 8
+        // A sound layout, as the table of the fewest steps knows only those; block 8
         // has two free cells to its right, as on the rules' board.
         form->levels[0].codes = {1, 21, 0, 3, 20, 23, 31, 32, 40, 43};
         form->game.SetUp(form->levels[0].codes);
@@ -136,7 +136,7 @@ void HandlerDropWithFewestLeft(benchmark::State &state)
     Window window;
     frmMain &form = *window.form;
     form.SetShowFewestStepsLeft(true);
-    form.ShowStatus(); // the guide is built here, on the first display
+    form.ShowStatus(); // the table is first read here, on the first display
     TimeDrops(state, form);
 }
 BENCHMARK(HandlerDropWithFewestLeft);
