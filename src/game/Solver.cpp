@@ -711,27 +711,3 @@ std::optional<int> StateSpace::StepsToSolve(const Layout &codes) const
         return std::nullopt;
     return distance;
 }
-
-std::optional<Solution> StateSpace::Solve(const Layout &start) const
-{
-    const std::optional<int> steps = StepsToSolve(start);
-    if (!steps)
-        return std::nullopt;
-    const Numbering &numbering = Numbering::Get();
-    Solution solution;
-    solution.moves.reserve(*steps);
-    Board board = BoardOfLayout(start);
-    for (int distance = *steps; distance > 0; --distance) {
-        // Some step always leads one closer: the distance came from such a
-        // neighbour.
-        ForEachSlide(board, [&](int slot, int from, int to) {
-            const Board next = Slid(board, slot, from, to);
-            if (distance_[numbering.IndexOf(next)] != distance - 1)
-                return false;
-            solution.moves.push_back(MoveOf(slot, from, to));
-            board = next;
-            return true;
-        });
-    }
-    return solution;
-}

@@ -89,9 +89,6 @@ public:
 
     // Nothing for a layout that fails CheckLayout or cannot be solved.
     std::optional<int> StepsToSolve(const Layout &codes) const;
-    // A solution as short as the free function Solve finds, by walking down
-    // the distances instead of searching: for many layouts, far cheaper.
-    std::optional<Solution> Solve(const Layout &start) const;
 
 private:
     std::vector<int32_t> firstNeighbour_; // StateCount() + 1 offsets into neighbours_

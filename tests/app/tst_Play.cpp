@@ -25,7 +25,7 @@ struct Game
         : folder(pictures)
         , form(platform, folder.path())
     {
-        if (StartUp(form, platform, folder))
+        if (StartUp(form, platform))
             ChooseLevel(form, 0);
     }
     ProgramFolder folder;
@@ -166,7 +166,7 @@ void tst_Play::bestsAreMarkedBesideTheShippedLevelsRows()
     QVERIFY(folder.Write("qvl-player.ini", bests));
     ScriptedPlatform platform;
     frmMain form(platform, folder.path());
-    QVERIFY(StartUp(form, platform, folder));
+    QVERIFY(StartUp(form, platform));
 
     QStringList rows; // text, fewest steps, best of the first two and the last
     QList<int> overflowing;

@@ -42,7 +42,6 @@ class tst_Solver : public QObject
 private slots:
     void knownAnswers_data();
     void knownAnswers();
-    void everyDistanceHasAPlayableShortestSolution_data();
     void everyDistanceHasAPlayableShortestSolution();
     void keysIgnoreSameShapeSwapsAndMirrors();
     void theWayOutIsShortestFromEveryPosition();
@@ -73,10 +72,9 @@ void tst_Solver::knownAnswers()
 {
     QFETCH(Layout, layout);
     QFETCH(int, steps);
-    const std::optional<Solution> searched = Solve(layout), walked = space.Solve(layout);
+    const std::optional<Solution> searched = Solve(layout);
     QCOMPARE(space.StepsToSolve(layout).value_or(-1), steps);
     QCOMPARE(searched ? searched->Steps() : -1, steps);
-    QCOMPARE(walked ? walked->Steps() : -1, steps);
     // The hint names the block as the layout numbers it.
     QCOMPARE(FewestStepsLeft(layout), steps);
     const std::optional<Move> hint = NextStepOut(layout);
@@ -87,19 +85,10 @@ void tst_Solver::knownAnswers()
     if (steps < 0)
         return;
     QCOMPARE(Replay(layout, searched->moves), -1);
-    QCOMPARE(Replay(layout, walked->moves), -1);
-}
-
-void tst_Solver::everyDistanceHasAPlayableShortestSolution_data()
-{
-    QTest::addColumn<bool>("searching");
-    QTest::newRow("search from the layout") << true;
-    QTest::newRow("walk down the distances") << false;
 }
 
 void tst_Solver::everyDistanceHasAPlayableShortestSolution()
 {
-    QFETCH(bool, searching);
     QCOMPARE(space.StateCount(), 65880); // what a plain count of all placements gives
     QCOMPARE(space.MaxDistance(), 101);
     std::vector<int> sample(102, -1); // a position for each distance
@@ -109,7 +98,7 @@ void tst_Solver::everyDistanceHasAPlayableShortestSolution()
     for (int distance = 0; distance <= 101; ++distance) {
         QVERIFY(sample[distance] >= 0);
         const Layout layout = *LayoutOfKey(space.KeyAt(sample[distance]));
-        const std::optional<Solution> solution = searching ? Solve(layout) : space.Solve(layout);
+        const std::optional<Solution> solution = Solve(layout);
         QVERIFY(solution);
         QCOMPARE(solution->Steps(), distance);
         QCOMPARE(Replay(layout, solution->moves), -1);

@@ -1,7 +1,7 @@
 // Every skin the game ships, as a player who chose it meets it: the game
-// starts with it and each image shows its own rectangle of it; on a screen
-// scaled twice (run with QT_SCALE_FACTOR=2), one device pixel to each pixel
-// of its double-size rendering.
+// starts with it and each image stands in its place and shows its own
+// rectangle of it; on a screen scaled twice (run with QT_SCALE_FACTOR=2), one
+// device pixel to each pixel of its double-size rendering.
 #include "app/ImageControl.h"
 #include "app/frmMain.h"
 #include "skin/PictureClip.h"
@@ -13,13 +13,46 @@
 #include <QDir>
 #include <QTest>
 
-static const QDir Shipped(QStringLiteral(QUORVEL_SKINS_DIR));
+namespace {
+
+const QDir Shipped(QStringLiteral(QUORVEL_SKINS_DIR));
+const char *const Level = "2345/2345/6117/.008/.009";
+
+// Where each image stands with Level on the board, and its part of the skin:
+// frame and title around the grid of 60-pixel cells from (20, 20), whose
+// bars go to blocks 2, 4, 3 and 5 from the left and whose one small block
+// serves all four.
+QList<std::tuple<const QLabel *, QPoint, QRect>> Parts(const frmMain &form)
+{
+    return {{form.imgUpFrame, {10, 10}, {0, 0, 280, 20}},
+        {form.imgLeftFrame, {10, 30}, {0, 20, 20, 300}},
+        {form.imgRightFrame, {270, 30}, {260, 20, 20, 300}},
+        {form.imgExit, {10, 330}, {0, 320, 280, 20}}, {form.imgTitle, {310, 10}, {280, 0, 90, 340}},
+        {form.imgPieces[0], {90, 210}, {20, 20, 120, 120}},
+        {form.imgPieces[1], {90, 150}, {20, 140, 120, 60}},
+        {form.imgPieces[2], {30, 30}, {20, 200, 60, 120}},
+        {form.imgPieces[4], {150, 30}, {80, 200, 60, 120}},
+        {form.imgPieces[3], {90, 30}, {140, 200, 60, 120}},
+        {form.imgPieces[5], {210, 30}, {200, 200, 60, 120}},
+        {form.imgPieces[6], {30, 150}, {200, 140, 60, 60}},
+        {form.imgPieces[7], {210, 150}, {200, 140, 60, 60}},
+        {form.imgPieces[8], {210, 210}, {200, 140, 60, 60}},
+        {form.imgPieces[9], {210, 270}, {200, 140, 60, 60}}};
+}
+
+QImage Shown(const QLabel &image)
+{
+    return image.pixmap().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+} // namespace
 
 class tst_Skins : public QObject
 {
     Q_OBJECT
 private slots:
     void initTestCase();
+    void everyImageGetsItsPlaceAndItsPartOfTheSkin();
     void aPartBeyondThePictureCannotBeCut();
     void scaledScreenShowsEveryDevicePixel_data();
     void scaledScreenShowsEveryDevicePixel();
@@ -32,6 +65,30 @@ void tst_Skins::initTestCase()
     QVERIFY2(skins.contains("default.bmp") && skins.size() >= 4
             && !Shipped.entryList({"*.emf", "*.wmf"}, QDir::Files).isEmpty(),
         qPrintable(Shipped.path()));
+}
+
+void tst_Skins::everyImageGetsItsPlaceAndItsPartOfTheSkin()
+{
+    ProgramFolder folder({Level});
+    ScriptedPlatform platform;
+    frmMain form(platform, folder.path());
+    QVERIFY(StartUp(form, platform));
+    QCOMPARE(form.frameGeometry().x(), (1280 - form.frameGeometry().width()) / 2);
+    ChooseLevel(form, 0);
+    for (const auto &[image, at, part] : Parts(form)) {
+        QCOMPARE(image->pos(), at);
+        QCOMPARE(Shown(*image), KnownSkin().copy(part));
+    }
+    QVERIFY(form.imgPieces[0]->isVisible() && !form.imgCong->isVisible());
+    form.ShowCongratulation();
+    QCOMPARE(form.imgCong->pos(), QPoint(19, 182)); // (405 - 40) halved, truncated
+    QCOMPARE(Shown(*form.imgCong), KnownSkin().copy(0, 340, 370, 40));
+    // A larger picture is used only in its top-left part, and kept as the setting.
+    QVERIFY(KnownSkin(500, 400).save(folder.File("skins/large.bmp"), "BMP"));
+    form.ApplySkin("large.bmp");
+    QVERIFY(platform.Shown().isEmpty());
+    QCOMPARE(Shown(*form.imgPieces[0]), KnownSkin().copy(20, 20, 120, 120));
+    QCOMPARE(folder.Read("qvl.ini"), QByteArray("large.bmp\r\n"));
 }
 
 // A picture a pixel short of a skin lacks part of its title or banner.
@@ -60,7 +117,7 @@ void tst_Skins::scaledScreenShowsEveryDevicePixel_data()
 void tst_Skins::scaledScreenShowsEveryDevicePixel()
 {
     QFETCH(QString, name);
-    ProgramFolder folder;
+    ProgramFolder folder({Level});
     ScriptedPlatform platform;
     frmMain form(platform, folder.path());
     if (form.devicePixelRatioF() != 2)
@@ -76,7 +133,7 @@ void tst_Skins::scaledScreenShowsEveryDevicePixel()
         QVERIFY(KnownSkin().save(folder.File("skins/" + name), "BMP"));
     }
     QVERIFY(folder.Write("qvl.ini", name.toLatin1() + "\r\n"));
-    QVERIFY(StartUp(form, platform, folder));
+    QVERIFY(StartUp(form, platform));
     ChooseLevel(form, 0);
     // Kept, not repaired to the default.
     QVERIFY(platform.Shown().isEmpty());
@@ -92,25 +149,13 @@ void tst_Skins::scaledScreenShowsEveryDevicePixel()
     QImage screen = form.centralWidget()->grab().toImage().convertToFormat(QImage::Format_RGB32);
     QCOMPARE(screen.size(), QSize(816, 810));
     screen.setDevicePixelRatio(1); // compared in device pixels
-    // Where each image's part lies in the skin: frame and title around the
-    // grid of 60-pixel cells from (20, 20), whose bars go to blocks 2, 4, 3
-    // and 5 from the left and whose one small block serves all four.
-    const std::pair<const QLabel *, QRect> cuts[] = {{form.imgUpFrame, {0, 0, 280, 20}},
-        {form.imgLeftFrame, {0, 20, 20, 300}}, {form.imgRightFrame, {260, 20, 20, 300}},
-        {form.imgExit, {0, 320, 280, 20}}, {form.imgTitle, {280, 0, 90, 340}},
-        {form.imgPieces[0], {20, 20, 120, 120}}, {form.imgPieces[1], {20, 140, 120, 60}},
-        {form.imgPieces[2], {20, 200, 60, 120}}, {form.imgPieces[4], {80, 200, 60, 120}},
-        {form.imgPieces[3], {140, 200, 60, 120}}, {form.imgPieces[5], {200, 200, 60, 120}},
-        {form.imgPieces[6], {200, 140, 60, 60}}, {form.imgPieces[7], {200, 140, 60, 60}},
-        {form.imgPieces[8], {200, 140, 60, 60}}, {form.imgPieces[9], {200, 140, 60, 60}}};
-    for (const auto &[image, cut] : cuts) {
+    for (const auto &[image, at, cut] : Parts(form)) {
         // Where the player sees it and takes hold of it stays in logical pixels.
-        QCOMPARE(image->size(), cut.size());
+        QCOMPARE(QRect(image->pos(), image->size()), QRect(at, cut.size()));
         const QImage shown = screen.copy(QRect(image->pos() * 2, image->size() * 2));
         const QImage expected = doubled.copy(QRect(cut.topLeft() * 2, cut.size() * 2));
         if (!shipped) // nothing finer: the picture itself, for the screen to scale
-            QCOMPARE(
-                image->pixmap().toImage().convertToFormat(QImage::Format_RGB32), picture.copy(cut));
+            QCOMPARE(Shown(*image), picture.copy(cut));
         else if (metafile)
             QVERIFY2(shown != expected, "a metafile is drawn anew, not enlarged");
         else

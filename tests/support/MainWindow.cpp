@@ -1,6 +1,5 @@
 #include "MainWindow.h"
 
-#include "ProgramFolder.h"
 #include "ScriptedPlatform.h"
 #include "WhenModal.h"
 #include "app/ImageControl.h"
@@ -10,11 +9,6 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QTest>
-
-bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &)
-{
-    return StartUp(form, platform);
-}
 
 bool StartUp(frmMain &form, ScriptedPlatform &platform)
 {

@@ -4,13 +4,11 @@
 
 #include "app/frmMain.h"
 
-class ProgramFolder;
 class ScriptedPlatform;
 
 // InitAppFiles on the window's folders, then its load. False when start-up
 // stopped.
 bool StartUp(frmMain &form, ScriptedPlatform &platform);
-bool StartUp(frmMain &form, ScriptedPlatform &platform, const ProgramFolder &folder);
 
 // Opens New Game and picks the row of `levelIndex` in the real chooser.
 void ChooseLevel(frmMain &form, int levelIndex);

@@ -1,4 +1,4 @@
-// Writes the hostile pictures of the fault suite, or loads one as the game
+// Writes the hostile pictures the tests refuse, or loads one as the game
 // does and tells what it cost: processor time and peak memory.
 //
 //     quorvel-picture-cost write FOLDER
