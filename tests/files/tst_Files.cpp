@@ -1,18 +1,14 @@
 // The file formats, byte by byte, and the code page they are kept in.
-#include "app/modMain.h"
 #include "files/CodePage.h"
 #include "files/LevelFile.h"
 #include "files/PlayerFile.h"
 #include "files/SavedGame.h"
 #include "files/Settings.h"
 #include "support/ProgramFolder.h"
-#include "support/ScriptedPlatform.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRandomGenerator>
-#include <QRegularExpression>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
@@ -41,7 +37,6 @@ private slots:
     void settingsNameOnlyPlainFiles();
     void settingsInAFolderNotThePlayersAreRewrittenInPlace();
     void levelFileLockedForAMomentIsWaitedFor();
-    void aKilledWriterLeavesNothingHalfWritten();
 };
 
 namespace {
@@ -367,55 +362,6 @@ void tst_Files::levelFileLockedForAMomentIsWaitedFor()
     QCOMPARE(ReadLevelFile(folder.File("QVL.ZHN"), levels).description, QString());
     QCOMPARE(levels[69].levelName, QStringLiteral("Level 70  "));
     QVERIFY(holder.waitForFinished(10000));
-}
-
-// The writers killed at random moments on a slow disk: every saved game
-// there is whole, the setting is one whole line, and the next start removes
-// every temporary file.
-void tst_Files::aKilledWriterLeavesNothingHalfWritten()
-{
-    ProgramFolder folder;
-    QVERIFY(QDir(folder.path()).mkdir("saved"));
-    QVERIFY(folder.Write("qvl.ini", "default.bmp\r\n"));
-    int leftovers = 0;
-    QStringList kept;
-    for (int round = 0; round < 25; ++round) {
-        QProcess writer;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("LD_PRELOAD", QUORVEL_SLOW_DISK);
-        // A sanitized writer would refuse a library loaded before its runtime.
-        env.insert("ASAN_OPTIONS", env.value("ASAN_OPTIONS") + ":verify_asan_link_order=0");
-        writer.setProcessEnvironment(env);
-        writer.start(QUORVEL_WRITE_LOOP, {folder.path()});
-        QVERIFY(writer.waitForReadyRead(20000));
-        QTest::qSleep(50 + QRandomGenerator::global()->bounded(200));
-        writer.kill();
-        QVERIFY(writer.waitForFinished());
-
-        const QByteArray setting = folder.Read("qvl.ini");
-        QVERIFY2(setting == "default.bmp\r\n"
-                || QRegularExpression("^skin\\d+\\.bmp\r\n$").match(QString(setting)).hasMatch(),
-            setting.constData());
-        const QDir saved(folder.File("saved"));
-        for (const QString &name : saved.entryList({"*.sav"}, QDir::Files)) {
-            SavedGameRecord record;
-            QCOMPARE(ReadSavedGame(saved.filePath(name), record), QString());
-            QCOMPARE(QFileInfo(saved.filePath(name)).size(), qint64(SavedGameSize));
-        }
-        const QStringList all = QDir(folder.path()).entryList(QDir::Files | QDir::Hidden)
-            + saved.entryList(QDir::Files | QDir::Hidden);
-        leftovers += int(all.filter(QRegularExpression("\\.\\d+-\\d+$")).size());
-        ScriptedPlatform platform;
-        bool ok = false;
-        InitAppFiles(folder.path(), platform, ok);
-        QVERIFY(ok);
-        kept = QDir(folder.path()).entryList(QDir::Files | QDir::Hidden)
-            + saved.entryList(QDir::Files | QDir::Hidden);
-        QCOMPARE(kept.filter(QRegularExpression("\\.\\d+-\\d+$")), QStringList());
-    }
-    // Else the kills never came while a file was being written.
-    QVERIFY2(leftovers > 0, "no kill left a temporary file");
-    QVERIFY(!kept.filter(".sav").isEmpty());
 }
 
 QTEST_GUILESS_MAIN(tst_Files)
