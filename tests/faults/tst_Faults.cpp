@@ -260,7 +260,8 @@ const std::vector<Fault> Faults = {
     {"temporary-files-left-by-a-writer",
         [](Folder &f) {
             return f.Put("qvl.ini.999999999-0", "half") && f.Put("saved/.A.sav.999999999-1", "half")
-                && f.Put("qvl.ini.1-0", "pid 1 runs") && f.Put("A.sav.999999999-1", "not the game's");
+                && f.Put("qvl.ini.1-0", "pid 1 runs")
+                && f.Put("A.sav.999999999-1", "not the game's");
         },
         {}, false, Needs::Nothing, Act::StartUp, {},
         {{"qvl.ini.999999999-0", Gone}, {"saved/.A.sav.999999999-1", Gone}}},

@@ -38,10 +38,10 @@ bool IsOneLine(const QString &text)
 
 // As the comments of data/levels.txt give them: a newcomer's first levels,
 // none easier than the one before, and the hardest position there is last.
-const int FewestSteps[LevelCount] = {10, 11, 13, 14, 15, 17, 18, 19, 21, 22, 23, 25, 26, 27, 28,
-    30, 31, 32, 34, 35, 36, 38, 39, 40, 42, 43, 44, 46, 47, 48, 50, 51, 52, 54, 55, 56, 57, 59, 60,
-    61, 63, 64, 65, 67, 68, 69, 71, 72, 73, 75, 76, 77, 79, 80, 81, 83, 84, 85, 86, 88, 89, 90, 92,
-    92, 93, 96, 97, 97, 99, 101};
+const int FewestSteps[LevelCount] = {10, 11, 13, 14, 15, 17, 18, 19, 21, 22, 23, 25, 26, 27, 28, 30,
+    31, 32, 34, 35, 36, 38, 39, 40, 42, 43, 44, 46, 47, 48, 50, 51, 52, 54, 55, 56, 57, 59, 60, 61,
+    63, 64, 65, 67, 68, 69, 71, 72, 73, 75, 76, 77, 79, 80, 81, 83, 84, 85, 86, 88, 89, 90, 92, 92,
+    93, 96, 97, 97, 99, 101};
 
 } // namespace
 
