@@ -20,9 +20,7 @@
 
 namespace {
 
-// The blocks of "2003/2003/4115/4.75/86.9" as a saved game holds them, after
-// the steps, the level and the name.
-const QByteArray Blocks("\x01\0\x15\0\0\0\x03\0\x14\0\x17\0\x29\0\x20\0\x28\0\x2B\0", 20);
+const char *const Played = "2003/2003/4115/4.75/86.9";
 
 // Queues answers by letter: O ok, Y yes, N no, C cancel.
 void Answers(ScriptedPlatform &platform, const QString &letters)
@@ -118,7 +116,7 @@ void tst_Commands::choosersTakeOnlyTheirConfirmButton()
     QFETCH(QString, after);
     Game game;
     QVERIFY(game.started);
-    QVERIFY(game.Put("saved/Resumed.sav", QByteArray("\x19\0\0\0\1\0Saved Two ", 16) + Blocks));
+    QVERIFY(game.Put("saved/Resumed.sav", SavedGameBytes(25, 1, "Saved Two ", Played)));
     // The player's own skin of a shipped name is the one listed and applied.
     for (const char *name : {"b.BMP", "A.gif", "c.jpeg", "d.JPG", "e.Dib", "f.wmf", "g.EMF",
              "h.png", "i.tif", "j.bmp.bak", "second.bmp"})
@@ -227,7 +225,7 @@ void tst_Commands::saveAsksUntilTheNameIsUsable()
     QVERIFY(QDir(game.Player("saved")).mkdir("Dir.sav")); // no file can be written there
     game.form.game.levelIndex = 4;
     game.form.game.steps = 1;
-    game.form.game.SetUp(LayoutFromPicture("2003/2003/4115/4.75/86.9"));
+    game.form.game.SetUp(LayoutFromPicture(Played));
     game.form.gameChanged = true;
     for (const QString &text : typed)
         game.platform.Type(text);
@@ -240,7 +238,7 @@ void tst_Commands::saveAsksUntilTheNameIsUsable()
     // Each prompt offers the name refused before it.
     QCOMPARE(game.platform.Asked().last(),
         "Quorvel - Saving Game | What is the name of the game? | " + typed.value(typed.size() - 2));
-    const QByteArray written = QByteArray("\1\0\0\0\4\0Level 05  ", 16) + Blocks;
+    const QByteArray written = SavedGameBytes(1, 4, "Level 05  ", Played);
     // Written over from the start, never cut short.
     QCOMPARE(Read(game.Player("saved/Old.sav")),
         saved == "Old" ? written + QByteArray(4, '\xEE') : QByteArray(40, '\xEE'));

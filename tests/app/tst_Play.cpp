@@ -105,10 +105,8 @@ void tst_Play::bringingTheBigBlockToTheExitWinsUntilTheNextGame()
     Game game({NearlySolved, "2003/2003/4115/4675/8..9"});
     frmMain &form = game.form;
     // Level 2 after 7 steps, saved earlier.
-    QVERIFY(game.folder.Write("saved/Two.sav",
-        QByteArray("\7\0\0\0\1\0Level 02  \x01\0\x15\0\0\0\x03\0\x14\0\x17\0\x29\0\x20\0"
-                   "\x28\0\x2B\0",
-            36)));
+    QVERIFY(game.folder.Write(
+        "saved/Two.sav", SavedGameBytes(7, 1, "Level 02  ", "2003/2003/4115/4.75/86.9")));
     bool boardHiddenDuringMessage = false;
     game.platform.OnMessage([&](const ScriptedPlatform::Call &) {
         boardHiddenDuringMessage = !form.imgPieces[0]->isVisible() && !form.imgExit->isVisible()
