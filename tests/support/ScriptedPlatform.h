@@ -1,6 +1,7 @@
 // A desktop for tests: replays queued answers and records every call. A box
 // nobody scripted gets Cancel (or an empty text) and makes Done() false. No
-// document ever opens: nothing reaches a real browser or mail program.
+// document ever opens: nothing reaches a real browser or mail program. The
+// screen is 1280 x 1024 pixels.
 #pragma once
 
 #include "platform/Platform.h"
@@ -17,10 +18,7 @@ public:
         QString title;
         QString text;
         Icon icon;
-        Buttons buttons;
     };
-
-    ScriptedPlatform();
 
     void Reply(Answer answer) { answers_.append(answer); }
     void Type(const QString &text) { inputs_.append(text); }
@@ -32,18 +30,19 @@ public:
     // Every input box as "title | prompt | default text".
     QStringList Asked() const { return asked_; }
     QStringList Opened() const { return opened_; }
-    const QList<Call> &Calls() const { return calls_; }
     // All scripted answers were used and no call went unscripted.
-    bool Done() const;
-
-    ScreenMetrics metrics;
+    bool Done() const { return !unscripted_ && answers_.isEmpty() && inputs_.isEmpty(); }
 
     Answer MsgBox(QWidget *owner, const QString &text, Buttons buttons, Icon icon,
         const QString &title) override;
     QString InputBox(QWidget *owner, const QString &prompt, const QString &title,
         const QString &defaultText) override;
-    bool OpenDocument(const QString &target) override;
-    ScreenMetrics Screen() const override { return metrics; }
+    bool OpenDocument(const QString &target) override
+    {
+        opened_.append(target);
+        return false;
+    }
+    ScreenMetrics Screen() const override { return {1, 1, 1280, 1024}; }
 
 private:
     QList<Answer> answers_;
