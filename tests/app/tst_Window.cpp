@@ -34,6 +34,7 @@ class tst_Window : public QObject
 {
     Q_OBJECT
 private slots:
+    void startUpShowsAnEmptyWindowAndKeepsAUsableSkin_data();
     void startUpShowsAnEmptyWindowAndKeepsAUsableSkin();
     void easterEggWantsItsOrder_data();
     void easterEggWantsItsOrder();
@@ -41,18 +42,29 @@ private slots:
     void linksThatCannotOpenSayWhereToGo();
 };
 
+// A first run is the installed game's (tests/install).
+void tst_Window::startUpShowsAnEmptyWindowAndKeepsAUsableSkin_data()
+{
+    QTest::addColumn<QByteArray>("settings");
+    QTest::addColumn<QByteArray>("after");
+    QTest::newRow("skin-present") << QByteArray("other.bmp,ignored\r\nline two\r\n")
+                                  << QByteArray("other.bmp\r\n");
+    QTest::newRow("skin-missing") << QByteArray("gone.bmp\r\n") << QByteArray("default.bmp\r\n");
+}
+
 void tst_Window::startUpShowsAnEmptyWindowAndKeepsAUsableSkin()
 {
-    // A first run and a missing skin are the installed game's and the fault suite's.
+    QFETCH(QByteArray, settings);
+    QFETCH(QByteArray, after);
     ProgramFolder folder;
     QVERIFY(folder.Write("saved", "a plain file of that name is left alone"));
     QVERIFY(QFile::copy(folder.File("skins/default.bmp"), folder.File("skins/other.bmp")));
-    QVERIFY(folder.Write("qvl.ini", "other.bmp,ignored\r\nline two\r\n"));
+    QVERIFY(folder.Write("qvl.ini", settings));
     ScriptedPlatform platform;
     frmMain form(platform, folder.path());
     QVERIFY(StartUp(form, platform));
     QVERIFY(QFileInfo(folder.File("saved")).isFile());
-    QCOMPARE(folder.Read("qvl.ini"), "other.bmp\r\n");
+    QCOMPARE(folder.Read("qvl.ini"), after);
     QVERIFY(platform.Shown().isEmpty());
     QVERIFY(form.isVisible() && !form.mnuSaveGame->isEnabled());
     for (QWidget *image : form.centralWidget()->findChildren<ImageControl *>())
