@@ -191,8 +191,6 @@ const std::vector<Fault> Faults = {
         {LevelError + "62 Input past end of file: 0 bytes where 2100 were expected"}, true},
     {"level-file-locked", [](Folder &f) { return f.Lock("QVL.ZHN"); },
         {LevelError + "11 Resource temporarily unavailable"}, true},
-    {"settings-binary", [](Folder &f) { return f.Write("qvl.ini", QByteArray("\0\xFF\1\r\n", 5)); },
-        {}, false, false, Act::StartUp, {}, {{"qvl.ini", "default.bmp\r\n"}}},
     // Only files of a writer that is gone: no process of that number can run.
     {"temporary-files-left-by-a-writer",
         [](Folder &f) {
