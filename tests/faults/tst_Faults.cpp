@@ -136,7 +136,6 @@ const QString ProgressError
 const QByteArray Progress = "[Best]\r\n1=5\r\n";
 const Files LockMade = {{"qvl-player.ini.lock", ""}};
 const QByteArray Gone = "<gone>";
-const auto AsItIs = [](Folder &) { return true; };
 
 const std::vector<Fault> Faults = {
     {"level-file-missing", [](Folder &f) { return QFile::remove(f.File("QVL.ZHN")); },
@@ -178,8 +177,8 @@ const std::vector<Fault> Faults = {
     {"saved-on-a-full-disk", [](Folder &f) { return f.FullDisk("saved"); },
         {SaveError.arg("%1", "New")}, false, true, Act::Save, "New"},
     // Kept as typed: the leading spaces are part of the name.
-    {"name-with-leading-spaces", AsItIs, {}, false, false, Act::Save, "  lead",
-        {{"saved/  lead.sav", SavedGameBytes(1, 0, "Level 01  ", Played)}}},
+    {"name-with-leading-spaces", [](Folder &) { return true; }, {}, false, false, Act::Save,
+        "  lead", {{"saved/  lead.sav", SavedGameBytes(1, 0, "Level 01  ", Played)}}},
     {"name-links-outside",
         [](Folder &f) {
             return f.Write("outside", "kept")
@@ -200,8 +199,6 @@ const std::vector<Fault> Faults = {
         [](Folder &f) { return f.Write("qvl-player.ini", Progress) && f.ReadOnly({}); },
         {StartError + "save the skin setting\r\n%1/qvl.ini\r\nRead-only file system"}, false, true,
         Act::Win, "Read-only file system"},
-    {"player-file-is-a-folder", [](Folder &f) { return QDir(f.path()).mkdir("qvl-player.ini"); },
-        {}, false, false, Act::Win, "Is a directory", LockMade},
     {"player-file-links-elsewhere",
         [](Folder &f) {
             return f.Write("outside", Progress)
@@ -291,8 +288,7 @@ void tst_Faults::showEachBoxAndLoseNothing()
     for (auto it = fault.changes.cbegin(); it != fault.changes.cend(); ++it)
         it.value() == Gone ? void(before.remove(it.key())) : void(before[it.key()] = it.value());
     QCOMPARE(after.keys(), before.keys());
-    for (auto it = before.cbegin(); it != before.cend(); ++it)
-        QVERIFY2(after[it.key()] == it.value(), qPrintable(it.key() + " differs"));
+    QCOMPARE(after.values(), before.values());
 }
 
 int main(int argc, char **argv)

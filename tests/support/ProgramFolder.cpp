@@ -49,9 +49,7 @@ ProgramFolder::ProgramFolder(std::initializer_list<const char *> pictures, bool 
 QByteArray ProgramFolder::Read(const QString &relative) const
 {
     QFile file(File(relative));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return file.readAll();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 bool ProgramFolder::Write(const QString &relative, const QByteArray &bytes) const
