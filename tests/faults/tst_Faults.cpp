@@ -134,7 +134,6 @@ const QString ProgressError
       "%1/qvl-player.ini\r\n%2\r\nYou can go on playing; this is not shown again until Quorvel "
       "starts anew.";
 const QByteArray Progress = "[Best]\r\n1=5\r\n";
-const Files LockMade = {{"qvl-player.ini.lock", ""}};
 const QByteArray Gone = "<gone>";
 
 const std::vector<Fault> Faults = {
@@ -207,7 +206,7 @@ const std::vector<Fault> Faults = {
         {}, false, false, Act::Win, "It is a symbolic link, which the game does not write to"},
     {"player-file-a-named-pipe",
         [](Folder &f) { return ::mkfifo(QFile::encodeName(f.File("qvl-player.ini")), 0666) == 0; },
-        {}, false, false, Act::Win, "Not a regular file", LockMade},
+        {}, false, false, Act::Win, "Not a regular file", {{"qvl-player.ini.lock", ""}}},
     {"player-file-locked-by-a-stopped-copy",
         [](Folder &f) {
             return f.Write("qvl-player.ini", Progress) && f.Lock("qvl-player.ini.lock");

@@ -37,8 +37,6 @@ private slots:
     void filesHeldForAMomentAreWaitedFor();
 };
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 const QByteArray NoFile = "<no file>";
@@ -67,10 +65,8 @@ void tst_Files::gameNamesGoByTheCodePage_data()
 {
     QTest::addColumn<QString>("characters");
     QTest::addColumn<bool>("forbidden");
-    QTest::newRow("marks") << "\"\\*?.:" << true;
-    QTest::newRow("controls") << "\x01\t\r\x1F" << true;
     // Outside the code page a character is "?"; 255 is refused by its code.
-    QTest::newRow("unheld-and-255") << "\u4E2D\u0394\u00FF" << true;
+    QTest::newRow("refused") << "\"\\*?.:\x01\t\r\x1F\u4E2D\u0394\u00FF" << true;
     QTest::newRow("allowed") << "aZ09 /<>|,;'\u20AC\u0160\u00FE" << false;
 }
 
@@ -261,9 +257,10 @@ void tst_Files::playerFileKeepsTheLowerBest_data()
     row("names-without-case-spaces-and-comments", "; mine\r\n# too\r\n [ bEST ] \r\n\t2 = 15 \r\n",
         2, 16, Untouched);
     row("lines-that-do-not-parse-are-skipped",
-        "2=1\r\n[Best]\r\n2=15\r\n0=5\r\n71=9\r\n02=3\r\n-1=4\r\n4=-3\r\n5=x\r\n6=\r\n=7\r\n"
-        "7=1e3\r\n8=+9\r\n9=99999999999\r\n[Best\r\n10=5\r\n[Other]\r\n11=1\r\n[View]\r\n"
-        "12=1\r\nFewestStepsLeft=yes\r\n\0\xFF\x01\r\n[Best]\r\n\xFE"_ba,
+        QByteArrayLiteral(
+            "2=1\r\n[Best]\r\n2=15\r\n0=5\r\n71=9\r\n02=3\r\n-1=4\r\n4=-3\r\n5=x\r\n6=\r\n=7\r\n"
+            "7=1e3\r\n8=+9\r\n9=99999999999\r\n[Best\r\n10=5\r\n[Other]\r\n11=1\r\n[View]\r\n"
+            "12=1\r\nFewestStepsLeft=yes\r\n\0\xFF\x01\r\n[Best]\r\n\xFE"),
         1, 11, "[Best]\r\n1=11\r\n2=15\r\n" + ViewOff);
     row("no-steps-up-to-the-largest-count", "[Best]\n1=0\n2=2147483647\n3=2147483648\n", 3, 5,
         "[Best]\r\n1=0\r\n2=2147483647\r\n3=5\r\n" + ViewOff);
