@@ -10,7 +10,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QScopeGuard>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/fsuid.h>
@@ -31,12 +30,11 @@ private slots:
     void settingsFirstField();
     void playerFileKeepsTheLowerBest_data();
     void playerFileKeepsTheLowerBest();
-    void playerFileWritersWaitForEachOther();
     void settingsKeepEveryNameTheyTake_data();
     void settingsKeepEveryNameTheyTake();
     void settingsNameOnlyPlainFiles();
     void settingsInAFolderNotThePlayersAreRewrittenInPlace();
-    void levelFileLockedForAMomentIsWaitedFor();
+    void filesHeldForAMomentAreWaitedFor();
 };
 
 namespace {
@@ -44,25 +42,6 @@ namespace {
 const QByteArray NoFile = "<no file>";
 const QByteArray Untouched = "<untouched>";
 const QByteArray ViewOff = "\r\n[View]\r\nFewestStepsLeft=false\r\n";
-
-// Bytes of a literal, zeros included.
-template<size_t N>
-QByteArray Bytes(const char (&text)[N])
-{
-    return QByteArray(text, qsizetype(N - 1));
-}
-
-QByteArray ReadAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : NoFile;
-}
-
-bool Put(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
 
 } // namespace
 
@@ -86,10 +65,8 @@ void tst_Files::gameNamesGoByTheCodePage_data()
 {
     QTest::addColumn<QString>("characters");
     QTest::addColumn<bool>("forbidden");
-    QTest::newRow("marks") << "\"\\*?.:" << true;
-    QTest::newRow("controls") << "\x01\t\r\x1F" << true;
     // Outside the code page a character is "?"; 255 is refused by its code.
-    QTest::newRow("unheld-and-255") << "\u4E2D\u0394\u00FF" << true;
+    QTest::newRow("refused") << "\"\\*?.:\x01\t\r\x1F\u4E2D\u0394\u00FF" << true;
     QTest::newRow("allowed") << "aZ09 /<>|,;'\u20AC\u0160\u00FE" << false;
 }
 
@@ -127,19 +104,16 @@ void tst_Files::savedGameHasTheDocumentedBytesAndKeepsAnOlderTail()
     game.levelIndex = 4;
     game.steps = 12;
     const SavedGameRecord record = BuildSavedGame(game, QStringLiteral("Trailing  "));
-    const QByteArray written = Bytes("\x0C\0\0\0\x04\0Trailing  \x1F\0\x15\0\0\0\x01\0\x02\0"
-                                     "\x03\0\x14\0\x17\0\x1E\0\x21\0");
+    const QByteArray written = SavedGameBytes(12, 4, "Trailing  ", "2345/2345/6117/8009/.00.");
     QCOMPARE(SerializeSavedGame(record), written);
-    QTemporaryDir dir;
-    const QString path = dir.filePath("game.sav");
-    QVERIFY(Put(path, QByteArray(50, 'z')));
-    QVERIFY(!WriteSavedGame(path, record));
-    QCOMPARE(ReadAll(path), written + QByteArray(14, 'z'));
+    ProgramFolder folder;
+    folder.Write("game.sav", QByteArray(50, 'z'));
+    QVERIFY(!WriteSavedGame(folder.File("game.sav"), record));
+    QCOMPARE(folder.Read("game.sav"), written + QByteArray(14, 'z'));
     SavedGameRecord read;
-    QCOMPARE(ReadSavedGame(path, read), QString());
-    QCOMPARE(read.steps, 12);
-    QCOMPARE(read.levelName, QStringLiteral("Trailing  "));
-    QCOMPARE(read.codes, LayoutFromPicture("2345/2345/6117/8009/.00."));
+    QCOMPARE(ReadSavedGame(folder.File("skins"), read), "It cannot be read: Is a directory.");
+    QCOMPARE(ReadSavedGame(folder.File("game.sav"), read), QString());
+    QCOMPARE(SerializeSavedGame(read), written);
 }
 
 void tst_Files::savedGameRefusesDamagedRecords_data()
@@ -176,13 +150,11 @@ void tst_Files::settingsFirstField_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("field");
-    QTest::newRow("plain") << QByteArray("default.bmp\r\n") << "default.bmp";
     QTest::newRow("leading-spaces") << QByteArray("   sea.gif") << "sea.gif";
     QTest::newRow("comma-ends-it") << QByteArray("sea,blue.gif\r\n") << "sea";
     QTest::newRow("quoted-comma") << QByteArray("  \"sea,blue.gif\",x\r\n") << "sea,blue.gif";
     QTest::newRow("unclosed-quote") << QByteArray("\"open.bmp\r\nnext\"") << "open.bmp";
     QTest::newRow("second-line-ignored") << QByteArray("one.bmp\ntwo.bmp") << "one.bmp";
-    QTest::newRow("code-page") << QByteArray("\xE9t\xE9.bmp\r\n") << "\u00E9t\u00E9.bmp";
 }
 
 void tst_Files::settingsFirstField()
@@ -207,7 +179,6 @@ void tst_Files::settingsKeepEveryNameTheyTake_data()
     QTest::newRow("leading-quote") << "\"q.bmp" << QByteArray();
     QTest::newRow("comma-and-quote") << "a,\"b\".bmp" << QByteArray();
     QTest::newRow("chinese") << "\u591C.jpg" << QByteArray();
-    QTest::newRow("cyrillic") << "\u043D\u043E\u0447\u044C.jpg" << QByteArray();
     QTest::newRow("beyond-16-bits") << QString::fromUcs4(U"\U0001F319.gif") << QByteArray();
 }
 
@@ -215,16 +186,15 @@ void tst_Files::settingsKeepEveryNameTheyTake()
 {
     QFETCH(QString, name);
     QFETCH(QByteArray, line);
-    QTemporaryDir dir;
-    const QString path = dir.filePath("qvl.ini");
+    ProgramFolder folder;
     const QByteArray old("old.bmp\r\nsecond line that must go\r\n");
-    QVERIFY(Put(path, old));
-    const FileError error = WriteSkinSetting(path, name);
+    folder.Write("qvl.ini", old);
+    const FileError error = WriteSkinSetting(folder.File("qvl.ini"), name);
     QCOMPARE(bool(error), line.isEmpty());
     QCOMPARE(WhySettingCannotBeKept(name).isEmpty(), !line.isEmpty());
-    QCOMPARE(ReadAll(path), line.isEmpty() ? old : line);
+    QCOMPARE(folder.Read("qvl.ini"), line.isEmpty() ? old : line);
     QString read;
-    QVERIFY(!ReadSkinSetting(path, read));
+    QVERIFY(!ReadSkinSetting(folder.File("qvl.ini"), read));
     QCOMPARE(read, line.isEmpty() ? "old.bmp" : name);
 }
 
@@ -240,20 +210,21 @@ void tst_Files::settingsNameOnlyPlainFiles()
 // can be made beside it: the file is rewritten where it stands.
 void tst_Files::settingsInAFolderNotThePlayersAreRewrittenInPlace()
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath("qvl.ini");
+    ProgramFolder folder;
+    const QString path = folder.File("qvl.ini");
     // Where it can, the game replaces the file whole: a second name for the
     // old file keeps the old content.
-    QVERIFY(Put(path, "old.bmp, with a tail longer than the new line\r\n"));
-    QVERIFY(::link(QFile::encodeName(path), QFile::encodeName(dir.filePath("old"))) == 0);
+    const QByteArray old = "old.bmp, with a tail longer than the new line\r\n";
+    folder.Write("qvl.ini", old);
+    QVERIFY(::link(QFile::encodeName(path), QFile::encodeName(folder.File("old"))) == 0);
     QVERIFY(!WriteSkinSetting(path, "first.bmp"));
-    QCOMPARE(ReadAll(dir.filePath("old")), "old.bmp, with a tail longer than the new line\r\n");
-    QCOMPARE(ReadAll(path), "first.bmp\r\n");
+    QCOMPARE(folder.Read("old"), old);
+    QCOMPARE(folder.Read("qvl.ini"), "first.bmp\r\n");
     const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
     QVERIFY(QFile::setPermissions(path, all | QFile::ReadOther | QFile::WriteOther));
     QVERIFY(
-        QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::ExeOwner | QFile::ExeOther));
-    const auto restore = qScopeGuard([&] { QFile::setPermissions(dir.path(), all); });
+        QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::ExeOwner | QFile::ExeOther));
+    const auto restore = qScopeGuard([&] { QFile::setPermissions(folder.path(), all); });
     // Root writes anywhere; as another user the permission bits count.
     const bool root = ::geteuid() == 0;
     if (root)
@@ -262,7 +233,7 @@ void tst_Files::settingsInAFolderNotThePlayersAreRewrittenInPlace()
     if (root)
         ::setfsuid(0), ::setfsgid(0);
     QVERIFY2(!error, qPrintable(error.description));
-    QCOMPARE(ReadAll(path), "new.bmp\r\n");
+    QCOMPARE(folder.Read("qvl.ini"), "new.bmp\r\n");
 }
 
 void tst_Files::playerFileKeepsTheLowerBest_data()
@@ -271,43 +242,38 @@ void tst_Files::playerFileKeepsTheLowerBest_data()
     QTest::addColumn<int>("level"); // the level number won; 0: the view is set instead
     QTest::addColumn<int>("steps"); // for the view: 1 shown, 0 not
     QTest::addColumn<QByteArray>("after");
-    QTest::newRow("the-first-win-makes-the-file")
-        << NoFile << 1 << 12 << "[Best]\r\n1=12\r\n" + ViewOff;
-    QTest::newRow("a-better-win-replaces-the-best")
-        << QByteArray("[Best]\r\n3=40\r\n") << 3 << 38 << "[Best]\r\n3=38\r\n" + ViewOff;
-    QTest::newRow("a-worse-win-leaves-the-file")
-        << QByteArray("[Best]\n3=40\n") << 3 << 41 << Untouched;
-    QTest::newRow("an-equal-win-leaves-the-file")
-        << QByteArray("[Best]\n3=40\n") << 3 << 40 << Untouched;
-    QTest::newRow("other-levels-and-the-view-stay")
-        << QByteArray("[Best]\r\n70=101\r\n1=10\r\n[View]\r\nFewestStepsLeft=true\r\n") << 6 << 30
-        << QByteArray("[Best]\r\n1=10\r\n6=30\r\n70=101\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
-    QTest::newRow("the-lowest-of-several-holds")
-        << QByteArray("[Best]\n4=50\n4=45\n4=47\n") << 4 << 46 << Untouched;
-    QTest::newRow("names-without-case-spaces-and-comments")
-        << QByteArray("; mine\r\n# too\r\n [ bEST ] \r\n\t2 = 15 \r\n") << 2 << 16 << Untouched;
-    QTest::newRow("lines-that-do-not-parse-are-skipped")
-        << Bytes(
-               "2=1\r\n[Best]\r\n2=15\r\n0=5\r\n71=9\r\n02=3\r\n-1=4\r\n4=-3\r\n5=x\r\n6=\r\n=7\r\n"
-               "7=1e3\r\n8=+9\r\n9=99999999999\r\n[Best\r\n10=5\r\n[Other]\r\n11=1\r\n[View]\r\n"
-               "12=1\r\nFewestStepsLeft=yes\r\n\0\xFF\x01\r\n[Best]\r\n\xFE")
-        << 1 << 11 << "[Best]\r\n1=11\r\n2=15\r\n" + ViewOff;
-    QTest::newRow("no-steps-up-to-the-largest-count")
-        << QByteArray("[Best]\n1=0\n2=2147483647\n3=2147483648\n") << 3 << 5
-        << "[Best]\r\n1=0\r\n2=2147483647\r\n3=5\r\n" + ViewOff;
-    QTest::newRow("the-last-view-holds")
-        << QByteArray("[VIEW]\nfeweststepsleft = TRUE\nFewestStepsLeft=maybe\n") << 1 << 9
-        << QByteArray("[Best]\r\n1=9\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
+    const auto row = [](const char *name, const QByteArray &before, int level, int steps,
+                         const QByteArray &after) {
+        QTest::newRow(name) << before << level << steps << after;
+    };
+    row("the-first-win-makes-the-file", NoFile, 1, 12, "[Best]\r\n1=12\r\n" + ViewOff);
+    row("a-better-win-replaces-the-best", "[Best]\r\n3=40\r\n", 3, 38,
+        "[Best]\r\n3=38\r\n" + ViewOff);
+    row("an-equal-win-leaves-the-file", "[Best]\n3=40\n", 3, 40, Untouched);
+    row("other-levels-and-the-view-stay",
+        "[Best]\r\n70=101\r\n1=10\r\n[View]\r\nFewestStepsLeft=true\r\n", 6, 30,
+        "[Best]\r\n1=10\r\n6=30\r\n70=101\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
+    row("the-lowest-of-several-holds", "[Best]\n4=50\n4=45\n4=47\n", 4, 46, Untouched);
+    row("names-without-case-spaces-and-comments", "; mine\r\n# too\r\n [ bEST ] \r\n\t2 = 15 \r\n",
+        2, 16, Untouched);
+    row("lines-that-do-not-parse-are-skipped",
+        QByteArrayLiteral(
+            "2=1\r\n[Best]\r\n2=15\r\n0=5\r\n71=9\r\n02=3\r\n-1=4\r\n4=-3\r\n5=x\r\n6=\r\n=7\r\n"
+            "7=1e3\r\n8=+9\r\n9=99999999999\r\n[Best\r\n10=5\r\n[Other]\r\n11=1\r\n[View]\r\n"
+            "12=1\r\nFewestStepsLeft=yes\r\n\0\xFF\x01\r\n[Best]\r\n\xFE"),
+        1, 11, "[Best]\r\n1=11\r\n2=15\r\n" + ViewOff);
+    row("no-steps-up-to-the-largest-count", "[Best]\n1=0\n2=2147483647\n3=2147483648\n", 3, 5,
+        "[Best]\r\n1=0\r\n2=2147483647\r\n3=5\r\n" + ViewOff);
+    row("the-last-view-holds", "[VIEW]\nfeweststepsleft = TRUE\nFewestStepsLeft=maybe\n", 1, 9,
+        "[Best]\r\n1=9\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
     // Only the first MiB is read; the line it cuts ("5=12" of "5=12345")
     // would read as a better best than the file holds.
-    QTest::newRow("a-line-cut-by-the-read-limit-is-not-taken")
-        << "[Best]\n" + QByteArray((1 << 20) - 12, ';') + "\n5=12345\n"
-        << 5 << 200 << "[Best]\r\n5=200\r\n" + ViewOff;
-    QTest::newRow("showing-fewest-steps-left")
-        << QByteArray("[Best]\r\n2=7\r\n") << 0 << 1
-        << QByteArray("[Best]\r\n2=7\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
-    QTest::newRow("the-view-as-it-is-leaves-the-file")
-        << QByteArray("[View]\nFewestStepsLeft=true") << 0 << 1 << Untouched;
+    row("a-line-cut-by-the-read-limit-is-not-taken",
+        "[Best]\n" + QByteArray((1 << 20) - 12, ';') + "\n5=12345\n", 5, 200,
+        "[Best]\r\n5=200\r\n" + ViewOff);
+    row("showing-fewest-steps-left", "[Best]\r\n2=7\r\n", 0, 1,
+        "[Best]\r\n2=7\r\n\r\n[View]\r\nFewestStepsLeft=true\r\n");
+    row("the-view-as-it-is-leaves-the-file", "[View]\nFewestStepsLeft=true", 0, 1, Untouched);
 }
 
 void tst_Files::playerFileKeepsTheLowerBest()
@@ -316,52 +282,44 @@ void tst_Files::playerFileKeepsTheLowerBest()
     QFETCH(int, level);
     QFETCH(int, steps);
     QFETCH(QByteArray, after);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(PlayerFileName);
+    ProgramFolder folder;
     if (before != NoFile)
-        QVERIFY(Put(path, before));
+        folder.Write(PlayerFileName, before);
     PlayerProgress progress;
+    const QString path = folder.File(PlayerFileName);
     const FileError error = level ? RecordWin(path, level - 1, steps, progress)
                                   : RecordFewestStepsLeft(path, steps != 0, progress);
     QVERIFY2(!error, qPrintable(error.description));
-    QCOMPARE(ReadAll(path), after == Untouched ? before : after);
+    QCOMPARE(folder.Read(PlayerFileName), after == Untouched ? before : after);
     if (level)
         QVERIFY(progress.best[size_t(level - 1)] <= steps);
     // Nothing else is left beside it but the lock.
-    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
+    QCOMPARE(QDir(folder.path()).entryList({"qvl-player.ini*"}, QDir::Files | QDir::Hidden),
         QStringList({"qvl-player.ini", "qvl-player.ini.lock"}));
 }
 
-// Another copy of the game holds the lock and writes its record a moment
-// later: the win waits for it and keeps both records.
-void tst_Files::playerFileWritersWaitForEachOther()
-{
-    QTemporaryDir dir;
-    const QString path = dir.filePath(PlayerFileName);
-    QProcess other;
-    other.start("flock",
-        {path + ".lock", "sh", "-c",
-            "echo locked; sleep 0.3; printf '[Best]\\r\\n2=9\\r\\n' > \"$0\"", path});
-    QVERIFY(other.waitForReadyRead(5000));
-    PlayerProgress progress;
-    QVERIFY(!RecordWin(path, 0, 12, progress));
-    QVERIFY(other.waitForFinished(5000));
-    QCOMPARE(ReadAll(path), "[Best]\r\n1=12\r\n2=9\r\n" + ViewOff);
-    QCOMPARE(progress.best[1], 9);
-}
-
-// Another copy starting at the same time holds the level file for a moment;
-// one that holds it for good is reported (the fault suite's locked row).
-void tst_Files::levelFileLockedForAMomentIsWaitedFor()
+// Other copies starting and winning at the same moment hold the files for a
+// while: the level file is read once it is let go (held for good, it is the
+// fault suite's locked row), and the win waits for the other's record and
+// keeps both.
+void tst_Files::filesHeldForAMomentAreWaitedFor()
 {
     ProgramFolder folder;
-    QProcess holder;
-    holder.start("flock", {"--exclusive", folder.File("QVL.ZHN"), "sh", "-c", "echo; sleep 0.3"});
-    QVERIFY(holder.waitForReadyRead(10000));
+    const QString path = folder.File(PlayerFileName);
+    QProcess level, player;
+    level.start("flock", {"--exclusive", folder.File("QVL.ZHN"), "sh", "-c", "echo; sleep 0.3"});
+    player.start("flock",
+        {path + ".lock", "sh", "-c", "echo; sleep 0.8; printf '[Best]\\r\\n2=9\\r\\n' > \"$0\"",
+            path});
+    QVERIFY(level.waitForReadyRead(5000) && player.waitForReadyRead(5000));
     LevelTable levels;
     QCOMPARE(ReadLevelFile(folder.File("QVL.ZHN"), levels).description, QString());
     QCOMPARE(levels[69].levelName, QStringLiteral("Level 70  "));
-    QVERIFY(holder.waitForFinished(10000));
+    PlayerProgress progress;
+    QVERIFY(!RecordWin(path, 0, 12, progress));
+    QVERIFY(level.waitForFinished(5000) && player.waitForFinished(5000));
+    QCOMPARE(folder.Read(PlayerFileName), "[Best]\r\n1=12\r\n2=9\r\n" + ViewOff);
+    QCOMPARE(progress.best[1], 9);
 }
 
 QTEST_GUILESS_MAIN(tst_Files)

@@ -9,16 +9,10 @@ Layout LayoutFromPicture(const char *picture)
 {
     Layout codes;
     codes.fill(-1);
-    int row = 0, col = 0;
-    for (const char *p = picture; *p; ++p) {
-        if (*p == '/') {
-            ++row;
-            col = 0;
-            continue;
-        }
-        if (*p >= '0' && *p <= '9' && codes[*p - '0'] == -1)
-            codes[*p - '0'] = int16_t(row * 10 + col);
-        ++col;
+    for (int i = 0; picture[i]; ++i) {
+        const int piece = picture[i] - '0';
+        if (piece >= 0 && piece <= 9 && codes[size_t(piece)] == -1)
+            codes[size_t(piece)] = int16_t(i / 5 * 10 + i % 5); // rows of four and a "/"
     }
     return codes;
 }
@@ -49,9 +43,7 @@ ProgramFolder::ProgramFolder(std::initializer_list<const char *> pictures, bool 
 QByteArray ProgramFolder::Read(const QString &relative) const
 {
     QFile file(File(relative));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return file.readAll();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 bool ProgramFolder::Write(const QString &relative, const QByteArray &bytes) const
