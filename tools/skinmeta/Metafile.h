@@ -20,14 +20,14 @@ struct MetaShape
     // rule, so a hole runs the other way round; Polyline: one open line.
     // Curves arrive already cut into short straight pieces.
     QList<QPolygonF> rings;
-    QColor fill; // invalid: not filled
-    QColor stroke; // invalid: no outline
+    QColor fill {}; // invalid: not filled
+    QColor stroke {}; // invalid: no outline
     double strokeWidth = 1;
     // Bitmap (WMF only): `image` stretched over the rings' bounding box,
     // stored as a device-independent bitmap of `bitmapDepth` bits (1, 4, 8,
     // 16, 24 or 32), with its channels given by masks when `bitFields`
     // (16 bits: 5-6-5, else 5-5-5).
-    QImage image;
+    QImage image {};
     int bitmapDepth = 24;
     bool bitFields = false;
 };
