@@ -153,6 +153,8 @@ const std::vector<Fault> Faults = {
         },
         {}, false, false, Act::StartUp, {},
         {{"qvl.ini.999999999-0", Gone}, {"saved/.A.sav.999999999-1", Gone}}},
+    {"setting-names-a-missing-skin", [](Folder &f) { return f.Write("qvl.ini", "gone.bmp\r\n"); },
+        {}, false, false, Act::StartUp, {}, {{"qvl.ini", "default.bmp\r\n"}}},
     {"skins-folder-missing", [](Folder &f) { return QDir(f.File("skins")).removeRecursively(); },
         {SkinError}, true, false, Act::StartUp, {}, {{"skins", "<folder>"}}},
     {"folder-read-only-without-saved",
@@ -220,75 +222,75 @@ class tst_Faults : public QObject
 {
     Q_OBJECT
 private slots:
-    void showEachBoxAndLoseNothing_data();
-    void showEachBoxAndLoseNothing();
-};
-
-void tst_Faults::showEachBoxAndLoseNothing_data()
-{
-    QTest::addColumn<int>("row");
-    for (size_t i = 0; i < Faults.size(); ++i)
-        QTest::newRow(Faults[i].name) << int(i);
-}
-
-void tst_Faults::showEachBoxAndLoseNothing()
-{
-    QFETCH(int, row);
-    const Fault &fault = Faults[size_t(row)];
-    Folder folder;
-    if (fault.act == Act::Win)
-        folder.Write("saved/Game.sav", SavedGameBytes(7, 2, "Kept game ", NearlyWon));
-    if (fault.root && !privileged)
-        QSKIP("needs root and a mount namespace of its own (unshare)");
-    QVERIFY2(fault.prepare(folder), "the fault could not be prepared");
-    QStringList boxes = fault.boxes;
-    if (fault.act == Act::Win)
-        boxes << Won << ProgressError.arg("%1", fault.argument) << Won;
-    ScriptedPlatform platform;
-    for (const QString &box : boxes)
-        platform.Reply(box.endsWith('?') ? Answer::Yes : Answer::Ok);
-    if (fault.act == Act::Save)
-        platform.Type(fault.argument);
-    Files before = folder.Snapshot();
+    void showEachBoxAndLoseNothing_data()
     {
-        frmMain form(platform, folder.path());
-        QCOMPARE(!StartUp(form, platform), fault.ends);
-        if (fault.act == Act::Save || fault.act == Act::Load)
-            ChooseLevel(form, 0);
-        if (fault.act == Act::Save)
-            DragBlock(form, 6, {1, 3}, {{1, 4}});
-        const QByteArray board = BoardPicture(form.game);
-        if (fault.act == Act::NewGame)
-            ChooseLevel(form, fault.argument.toInt());
-        if (fault.act == Act::Save)
-            form.mnuSaveGame_Click();
-        for (int load = 0; load < (fault.act == Act::Win ? 2 : fault.act == Act::Load); ++load) {
-            WhenModal([](QWidget *chooser) {
-                auto *files = static_cast<frmFile *>(chooser);
-                files->filList->setCurrentItem(files->filList->findItems("Game.sav", {}).value(0));
-                files->cmdSet->click();
-            });
-            form.mnuLoadGame_Click();
-            if (fault.act == Act::Win)
-                DragBlock(form, 0, {1, 2}, {{1, 3}});
-        }
-
-        QCOMPARE(platform.Shown(), boxes.replaceInStrings("%1", folder.path()));
-        if (fault.act == Act::NewGame)
-            QVERIFY(!form.mnuSaveGame->isEnabled()); // no game began
-        if (fault.act == Act::Save)
-            QCOMPARE(form.gameChanged, !fault.boxes.isEmpty());
-        if (fault.act == Act::Load)
-            QCOMPARE(BoardPicture(form.game), board);
-        QVERIFY(platform.Done());
+        QTest::addColumn<int>("row");
+        for (size_t i = 0; i < Faults.size(); ++i)
+            QTest::newRow(Faults[i].name) << int(i);
     }
 
-    const Files after = folder.Snapshot();
-    for (auto it = fault.changes.cbegin(); it != fault.changes.cend(); ++it)
-        it.value() == Gone ? void(before.remove(it.key())) : void(before[it.key()] = it.value());
-    QCOMPARE(after.keys(), before.keys());
-    QCOMPARE(after.values(), before.values());
-}
+    void showEachBoxAndLoseNothing()
+    {
+        QFETCH(int, row);
+        const Fault &fault = Faults[size_t(row)];
+        Folder folder;
+        if (fault.act == Act::Win)
+            folder.Write("saved/Game.sav", SavedGameBytes(7, 2, "Kept game ", NearlyWon));
+        if (fault.root && !privileged)
+            QSKIP("needs root and a mount namespace of its own (unshare)");
+        QVERIFY2(fault.prepare(folder), "the fault could not be prepared");
+        QStringList boxes = fault.boxes;
+        if (fault.act == Act::Win)
+            boxes << Won << ProgressError.arg("%1", fault.argument) << Won;
+        ScriptedPlatform platform;
+        for (const QString &box : boxes)
+            platform.Reply(box.endsWith('?') ? Answer::Yes : Answer::Ok);
+        if (fault.act == Act::Save)
+            platform.Type(fault.argument);
+        Files before = folder.Snapshot();
+        {
+            frmMain form(platform, folder.path());
+            QCOMPARE(!StartUp(form, platform), fault.ends);
+            if (fault.act == Act::Save || fault.act == Act::Load)
+                ChooseLevel(form, 0);
+            if (fault.act == Act::Save)
+                DragBlock(form, 6, {1, 3}, {{1, 4}});
+            const QByteArray board = BoardPicture(form.game);
+            if (fault.act == Act::NewGame)
+                ChooseLevel(form, fault.argument.toInt());
+            if (fault.act == Act::Save)
+                form.mnuSaveGame_Click();
+            for (int load = 0; load < (fault.act == Act::Win ? 2 : fault.act == Act::Load);
+                 ++load) {
+                WhenModal([](QWidget *chooser) {
+                    auto *files = static_cast<frmFile *>(chooser);
+                    files->filList->setCurrentItem(
+                        files->filList->findItems("Game.sav", {}).value(0));
+                    files->cmdSet->click();
+                });
+                form.mnuLoadGame_Click();
+                if (fault.act == Act::Win)
+                    DragBlock(form, 0, {1, 2}, {{1, 3}});
+            }
+
+            QCOMPARE(platform.Shown(), boxes.replaceInStrings("%1", folder.path()));
+            if (fault.act == Act::NewGame)
+                QVERIFY(!form.mnuSaveGame->isEnabled()); // no game began
+            if (fault.act == Act::Save)
+                QCOMPARE(form.gameChanged, !fault.boxes.isEmpty());
+            if (fault.act == Act::Load)
+                QCOMPARE(BoardPicture(form.game), board);
+            QVERIFY(platform.Done());
+        }
+
+        const Files after = folder.Snapshot();
+        for (auto it = fault.changes.cbegin(); it != fault.changes.cend(); ++it)
+            it.value() == Gone ? void(before.remove(it.key()))
+                               : void(before[it.key()] = it.value());
+        QCOMPARE(after.keys(), before.keys());
+        QCOMPARE(after.values(), before.values());
+    }
+};
 
 int main(int argc, char **argv)
 {

@@ -132,115 +132,110 @@ class tst_Pictures : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void variantsReadAsDrawn_data();
-    void variantsReadAsDrawn();
-    void damagedFilesAreRefused_data();
-    void damagedFilesAreRefused();
+    void initTestCase()
+    {
+        QVERIFY(QDir::setCurrent(folder_.File("skins")));
+        for (const Variant &v : Variants) {
+            const QString png = QStringLiteral("%1-%2.png").arg(v.colours).arg(v.cell);
+            QVERIFY(Drawn(v.colours, v.cell).save(png));
+            QVERIFY2(v.convert.isEmpty()
+                    || QProcess::execute("convert", (png + ' ' + v.convert + v.file).split(' '))
+                        == 0,
+                "ImageMagick's convert is needed (scripts/setup.sh)");
+            if (v.bitmapDepth)
+                folder_.Write(QStringLiteral("skins/") + v.file,
+                    Metafile(Drawn(v.colours, v.cell), false, 96, v.bitmapDepth, v.bitFields));
+        }
+        folder_.Write("skins/rle4.bmp", RunLength4(folder_.Read("skins/4-bit.bmp")));
+        folder_.Write("skins/top-down.bmp", TopDown(folder_.Read("skins/24-bit.bmp")));
+        folder_.Write("skins/tiles.wmf", Metafile(Drawn(8, 40), false));
+        folder_.Write("skins/tiles.emf", Metafile(Drawn(8, 40), true));
+        folder_.Write("skins/tiles-1200-dpi.emf", Metafile(Drawn(8, 40), true, 1200));
+        QVERIFY(Drawn(2, 8).save("png.bmp", "PNG"));
+    }
+
+    void variantsReadAsDrawn_data()
+    {
+        QTest::addColumn<int>("variant");
+        for (const Variant &v : Variants)
+            QTest::newRow(v.file) << int(&v - Variants);
+    }
+
+    void variantsReadAsDrawn()
+    {
+        QFETCH(int, variant);
+        const Variant &v = Variants[variant];
+        const QByteArray bmp = folder_.Read(QStringLiteral("skins/") + v.file);
+        const QList<quint32> header {Le32(bmp, 14), Le16(bmp, 28), Le32(bmp, 30)};
+        QCOMPARE(header.first(v.header.size()), v.header);
+        QString reason;
+        const QImage read = LoadPicture(v.file, &reason).convertToFormat(QImage::Format_RGB32);
+        QVERIFY2(!read.isNull(), qPrintable(reason));
+        const QImage drawn = Drawn(v.colours, v.cell);
+        QCOMPARE(read.size(), drawn.size());
+        const auto inside
+            = [&v](int at) { return at % v.cell >= v.margin && at % v.cell < v.cell - v.margin; };
+        for (int y = 0; y < drawn.height(); ++y)
+            for (int x = 0; x < drawn.width(); ++x) {
+                const QRgb p = read.pixel(x, y), q = drawn.pixel(x, y);
+                const int largest = std::max({std::abs(qRed(p) - qRed(q)),
+                    std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q))});
+                if (inside(x) && inside(y) && largest > v.tolerance)
+                    QFAIL(qPrintable(QStringLiteral("%1 at (%2, %3)").arg(largest).arg(x).arg(y)));
+            }
+    }
+
+    void damagedFilesAreRefused_data()
+    {
+        QTest::addColumn<QString>("file");
+        // Negative: that many bytes lost from its end; else where a 32-bit
+        // field of its header is set to `value`.
+        QTest::addColumn<int>("at");
+        QTest::addColumn<uint>("value");
+        // What the refusal says: a decoder that gives up on its own must not be
+        // all that stands between a damaged file and the game.
+        QTest::addColumn<QString>("says");
+        for (const char *file : {"24-bit.bmp", "rle8.bmp", "rle4.bmp", "interlaced.gif",
+                 "progressive.jpg", "tiles.wmf", "tiles.emf"})
+            QTest::addRow("%s cut short", file) << QString(file) << -3 << 0u << "ends before";
+        QTest::newRow("png named bmp") << "png.bmp" << 0 << 0u << "not a BMP";
+        // 500000 pixels wide, which run-length data cannot contradict.
+        QTest::newRow("rle8 huge") << "rle8.bmp" << 18 << 500000u << "pixels";
+        // One unit of the placeable box to the inch, not 1536.
+        QTest::newRow("wmf huge") << "tiles.wmf" << 14 << 1u << "pixels";
+        // The frame's right edge 21 km away.
+        QTest::newRow("emf huge") << "tiles.emf" << 32 << 0x7FFFFFFFu << "pixels";
+        // Small files that would cost a decoder minutes or gigabytes.
+        for (const HostilePicture &picture : HostilePictures())
+            QTest::newRow(picture.name)
+                << picture.name << 0 << 0u
+                << (QByteArray(picture.name).startsWith("gif") ? "lies outside"
+                                                               : "than a skin may cost");
+    }
+
+    void damagedFilesAreRefused()
+    {
+        QFETCH(QString, file);
+        QFETCH(int, at);
+        QFETCH(uint, value);
+        QFETCH(QString, says);
+        QByteArray bytes = folder_.Read("skins/" + file);
+        for (const HostilePicture &picture : HostilePictures())
+            if (file == picture.name)
+                bytes = picture.make();
+        if (at < 0)
+            bytes.chop(-at);
+        else if (at > 0)
+            qToLittleEndian<quint32>(value, bytes.data() + at);
+        folder_.Write("skins/damaged-" + file, bytes);
+        QString reason;
+        QVERIFY(LoadPicture("damaged-" + file, &reason).isNull());
+        QVERIFY2(reason.contains(says), qPrintable(reason));
+    }
 
 private:
     ProgramFolder folder_; // the pictures are made among its skins
 };
-
-void tst_Pictures::initTestCase()
-{
-    QVERIFY(QDir::setCurrent(folder_.File("skins")));
-    for (const Variant &v : Variants) {
-        const QString png = QStringLiteral("%1-%2.png").arg(v.colours).arg(v.cell);
-        QVERIFY(Drawn(v.colours, v.cell).save(png));
-        QVERIFY2(v.convert.isEmpty()
-                || QProcess::execute("convert", (png + ' ' + v.convert + v.file).split(' ')) == 0,
-            "ImageMagick's convert is needed (scripts/setup.sh)");
-        if (v.bitmapDepth)
-            folder_.Write(QStringLiteral("skins/") + v.file,
-                Metafile(Drawn(v.colours, v.cell), false, 96, v.bitmapDepth, v.bitFields));
-    }
-    folder_.Write("skins/rle4.bmp", RunLength4(folder_.Read("skins/4-bit.bmp")));
-    folder_.Write("skins/top-down.bmp", TopDown(folder_.Read("skins/24-bit.bmp")));
-    folder_.Write("skins/tiles.wmf", Metafile(Drawn(8, 40), false));
-    folder_.Write("skins/tiles.emf", Metafile(Drawn(8, 40), true));
-    folder_.Write("skins/tiles-1200-dpi.emf", Metafile(Drawn(8, 40), true, 1200));
-    QVERIFY(Drawn(2, 8).save("png.bmp", "PNG"));
-}
-
-void tst_Pictures::variantsReadAsDrawn_data()
-{
-    QTest::addColumn<int>("variant");
-    for (const Variant &v : Variants)
-        QTest::newRow(v.file) << int(&v - Variants);
-}
-
-void tst_Pictures::variantsReadAsDrawn()
-{
-    QFETCH(int, variant);
-    const Variant &v = Variants[variant];
-    const QByteArray bmp = folder_.Read(QStringLiteral("skins/") + v.file);
-    const QList<quint32> header {Le32(bmp, 14), Le16(bmp, 28), Le32(bmp, 30)};
-    QCOMPARE(header.first(v.header.size()), v.header);
-    QString reason;
-    const QImage read = LoadPicture(v.file, &reason).convertToFormat(QImage::Format_RGB32);
-    QVERIFY2(!read.isNull(), qPrintable(reason));
-    const QImage drawn = Drawn(v.colours, v.cell);
-    QCOMPARE(read.size(), drawn.size());
-    const auto inside
-        = [&v](int at) { return at % v.cell >= v.margin && at % v.cell < v.cell - v.margin; };
-    for (int y = 0; y < drawn.height(); ++y)
-        for (int x = 0; x < drawn.width(); ++x) {
-            const QRgb p = read.pixel(x, y), q = drawn.pixel(x, y);
-            const int largest = std::max({std::abs(qRed(p) - qRed(q)),
-                std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q))});
-            if (inside(x) && inside(y) && largest > v.tolerance)
-                QFAIL(qPrintable(QStringLiteral("%1 at (%2, %3)").arg(largest).arg(x).arg(y)));
-        }
-}
-
-void tst_Pictures::damagedFilesAreRefused_data()
-{
-    QTest::addColumn<QString>("file");
-    // Negative: that many bytes lost from its end; else where a 32-bit
-    // field of its header is set to `value`.
-    QTest::addColumn<int>("at");
-    QTest::addColumn<uint>("value");
-    // What the refusal says: a decoder that gives up on its own must not be
-    // all that stands between a damaged file and the game.
-    QTest::addColumn<QString>("says");
-    for (const char *file : {"24-bit.bmp", "rle8.bmp", "rle4.bmp", "interlaced.gif",
-             "progressive.jpg", "tiles.wmf", "tiles.emf"})
-        QTest::addRow("%s cut short", file) << QString(file) << -3 << 0u << "ends before";
-    QTest::newRow("png named bmp") << "png.bmp" << 0 << 0u << "not a BMP";
-    // 500000 pixels wide, which run-length data cannot contradict.
-    QTest::newRow("rle8 huge") << "rle8.bmp" << 18 << 500000u << "pixels";
-    // One unit of the placeable box to the inch, not 1536.
-    QTest::newRow("wmf huge") << "tiles.wmf" << 14 << 1u << "pixels";
-    // The frame's right edge 21 km away.
-    QTest::newRow("emf huge") << "tiles.emf" << 32 << 0x7FFFFFFFu << "pixels";
-    // Small files that would cost a decoder minutes or gigabytes.
-    for (const HostilePicture &picture : HostilePictures())
-        QTest::newRow(picture.name)
-            << picture.name << 0 << 0u
-            << (QByteArray(picture.name).startsWith("gif") ? "lies outside"
-                                                           : "than a skin may cost");
-}
-
-void tst_Pictures::damagedFilesAreRefused()
-{
-    QFETCH(QString, file);
-    QFETCH(int, at);
-    QFETCH(uint, value);
-    QFETCH(QString, says);
-    QByteArray bytes = folder_.Read("skins/" + file);
-    for (const HostilePicture &picture : HostilePictures())
-        if (file == picture.name)
-            bytes = picture.make();
-    if (at < 0)
-        bytes.chop(-at);
-    else if (at > 0)
-        qToLittleEndian<quint32>(value, bytes.data() + at);
-    folder_.Write("skins/damaged-" + file, bytes);
-    QString reason;
-    QVERIFY(LoadPicture("damaged-" + file, &reason).isNull());
-    QVERIFY2(reason.contains(says), qPrintable(reason));
-}
 
 QTEST_MAIN(tst_Pictures)
 #include "tst_Pictures.moc"

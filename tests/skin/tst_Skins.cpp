@@ -51,97 +51,93 @@ class tst_Skins : public QObject
 {
     Q_OBJECT
 private slots:
-    void everyImageGetsItsPlaceAndItsPartOfTheSkin();
-    void aPartBeyondThePictureCannotBeCut();
-    void scaledScreenShowsEveryDevicePixel_data();
-    void scaledScreenShowsEveryDevicePixel();
+    void everyImageGetsItsPlaceAndItsPartOfTheSkin()
+    {
+        ProgramFolder folder({Level});
+        ScriptedPlatform platform;
+        frmMain form(platform, folder.path());
+        QVERIFY(StartUp(form, platform));
+        ChooseLevel(form, 0);
+        for (const auto &[image, at, part] : Parts(form)) {
+            QCOMPARE(image->pos(), at);
+            QCOMPARE(Shown(*image), KnownSkin().copy(part));
+        }
+        form.ShowCongratulation();
+        QCOMPARE(form.imgCong->pos(), QPoint(19, 182)); // (405 - 40) halved, truncated
+        QCOMPARE(Shown(*form.imgCong), KnownSkin().copy(0, 340, 370, 40));
+        // A larger picture is used only in its top-left part, and kept as the setting.
+        QVERIFY(KnownSkin(500, 400).save(folder.File("skins/large.bmp"), "BMP"));
+        form.ApplySkin("large.bmp");
+        QCOMPARE(Shown(*form.imgPieces[0]), KnownSkin().copy(20, 20, 120, 120));
+        QCOMPARE(folder.Read("qvl.ini"), QByteArray("large.bmp\r\n"));
+    }
+
+    // A picture a pixel short of a skin lacks part of its title or banner.
+    void aPartBeyondThePictureCannotBeCut()
+    {
+        PictureClip clip;
+        clip.SetPicture(KnownSkin(369, 380));
+        clip.SetClip(280, 0, 90, 340); // the title, along the right edge
+        QVERIFY(clip.Clip().isNull());
+        clip.SetPicture(KnownSkin(370, 379));
+        clip.SetClip(0, 340, 370, 40); // the banner, along the bottom
+        QVERIFY(clip.Clip().isNull());
+    }
+
+    void scaledScreenShowsEveryDevicePixel_data()
+    {
+        QTest::addColumn<QString>("name");
+        // Named, so that a gallery gone missing cannot pass as a table of no rows.
+        for (const char *name : {"default.bmp", "garden.gif", "night.emf", "paper.dib", "sea.jpg"})
+            QTest::newRow(name) << name;
+        QTest::newRow("a skin of the player's") << "player.bmp";
+    }
+
+    void scaledScreenShowsEveryDevicePixel()
+    {
+        QFETCH(QString, name);
+        const bool shipped = name != "player.bmp";
+        const bool metafile = name.endsWith(".emf") || name.endsWith(".wmf");
+        // No default skin to fall back on, should this one be refused.
+        ProgramFolder folder({Level}, false);
+        ScriptedPlatform platform;
+        frmMain form(platform, folder.path());
+        if (form.devicePixelRatioF() != 2)
+            QSKIP("needs a screen scaled twice (QT_SCALE_FACTOR=2)");
+        const QString fine = "@2x/" + name;
+        QVERIFY(QDir(folder.path()).mkpath("skins/@2x"));
+        QVERIFY(shipped ? QFile::copy(Shipped.filePath(name), folder.File("skins/" + name))
+                        : KnownSkin().save(folder.File("skins/" + name), "BMP"));
+        // Each shipped raster skin comes with one twice its size; metafiles are drawn anew.
+        QCOMPARE(QFile::copy(Shipped.filePath(fine), folder.File("skins/" + fine)),
+            shipped && !metafile);
+        QVERIFY(folder.Write("qvl.ini", name.toLatin1() + "\r\n"));
+        QVERIFY(StartUp(form, platform));
+        ChooseLevel(form, 0);
+
+        const QImage picture
+            = LoadPicture(folder.File("skins/" + name)).convertToFormat(QImage::Format_RGB32);
+        const QImage doubled = Shipped.exists(fine)
+            ? LoadPicture(Shipped.filePath(fine)).convertToFormat(QImage::Format_RGB32)
+            : picture.scaled(picture.size() * 2);
+        QImage screen
+            = form.centralWidget()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(screen.size(), QSize(816, 810));
+        screen.setDevicePixelRatio(1); // compared in device pixels
+        for (const auto &[image, at, cut] : Parts(form)) {
+            // Where the player sees it and takes hold of it stays in logical pixels.
+            QCOMPARE(QRect(image->pos(), image->size()), QRect(at, cut.size()));
+            const QImage shown = screen.copy(QRect(image->pos() * 2, image->size() * 2));
+            const QImage expected = doubled.copy(QRect(cut.topLeft() * 2, cut.size() * 2));
+            if (!shipped) // nothing finer: the picture itself, for the screen to scale
+                QCOMPARE(Shown(*image), picture.copy(cut));
+            else if (metafile)
+                QVERIFY2(shown != expected, "a metafile is drawn anew, not enlarged");
+            else
+                QCOMPARE(shown, expected);
+        }
+    }
 };
-
-void tst_Skins::everyImageGetsItsPlaceAndItsPartOfTheSkin()
-{
-    ProgramFolder folder({Level});
-    ScriptedPlatform platform;
-    frmMain form(platform, folder.path());
-    QVERIFY(StartUp(form, platform));
-    ChooseLevel(form, 0);
-    for (const auto &[image, at, part] : Parts(form)) {
-        QCOMPARE(image->pos(), at);
-        QCOMPARE(Shown(*image), KnownSkin().copy(part));
-    }
-    form.ShowCongratulation();
-    QCOMPARE(form.imgCong->pos(), QPoint(19, 182)); // (405 - 40) halved, truncated
-    QCOMPARE(Shown(*form.imgCong), KnownSkin().copy(0, 340, 370, 40));
-    // A larger picture is used only in its top-left part, and kept as the setting.
-    QVERIFY(KnownSkin(500, 400).save(folder.File("skins/large.bmp"), "BMP"));
-    form.ApplySkin("large.bmp");
-    QCOMPARE(Shown(*form.imgPieces[0]), KnownSkin().copy(20, 20, 120, 120));
-    QCOMPARE(folder.Read("qvl.ini"), QByteArray("large.bmp\r\n"));
-}
-
-// A picture a pixel short of a skin lacks part of its title or banner.
-void tst_Skins::aPartBeyondThePictureCannotBeCut()
-{
-    PictureClip clip;
-    clip.SetPicture(KnownSkin(369, 380));
-    clip.SetClip(280, 0, 90, 340); // the title, along the right edge
-    QVERIFY(clip.Clip().isNull());
-    clip.SetPicture(KnownSkin(370, 379));
-    clip.SetClip(0, 340, 370, 40); // the banner, along the bottom
-    QVERIFY(clip.Clip().isNull());
-}
-
-void tst_Skins::scaledScreenShowsEveryDevicePixel_data()
-{
-    QTest::addColumn<QString>("name");
-    // Named, so that a gallery gone missing cannot pass as a table of no rows.
-    for (const char *name : {"default.bmp", "garden.gif", "night.emf", "paper.dib", "sea.jpg"})
-        QTest::newRow(name) << name;
-    QTest::newRow("a skin of the player's") << "player.bmp";
-}
-
-void tst_Skins::scaledScreenShowsEveryDevicePixel()
-{
-    QFETCH(QString, name);
-    const bool shipped = name != "player.bmp";
-    const bool metafile = name.endsWith(".emf") || name.endsWith(".wmf");
-    // No default skin to fall back on, should this one be refused.
-    ProgramFolder folder({Level}, false);
-    ScriptedPlatform platform;
-    frmMain form(platform, folder.path());
-    if (form.devicePixelRatioF() != 2)
-        QSKIP("needs a screen scaled twice (QT_SCALE_FACTOR=2)");
-    const QString fine = "@2x/" + name;
-    QVERIFY(QDir(folder.path()).mkpath("skins/@2x"));
-    QVERIFY(shipped ? QFile::copy(Shipped.filePath(name), folder.File("skins/" + name))
-                    : KnownSkin().save(folder.File("skins/" + name), "BMP"));
-    // Each shipped raster skin comes with one twice its size; metafiles are drawn anew.
-    QCOMPARE(
-        QFile::copy(Shipped.filePath(fine), folder.File("skins/" + fine)), shipped && !metafile);
-    QVERIFY(folder.Write("qvl.ini", name.toLatin1() + "\r\n"));
-    QVERIFY(StartUp(form, platform));
-    ChooseLevel(form, 0);
-
-    const QImage picture
-        = LoadPicture(folder.File("skins/" + name)).convertToFormat(QImage::Format_RGB32);
-    const QImage doubled = Shipped.exists(fine)
-        ? LoadPicture(Shipped.filePath(fine)).convertToFormat(QImage::Format_RGB32)
-        : picture.scaled(picture.size() * 2);
-    QImage screen = form.centralWidget()->grab().toImage().convertToFormat(QImage::Format_RGB32);
-    QCOMPARE(screen.size(), QSize(816, 810));
-    screen.setDevicePixelRatio(1); // compared in device pixels
-    for (const auto &[image, at, cut] : Parts(form)) {
-        // Where the player sees it and takes hold of it stays in logical pixels.
-        QCOMPARE(QRect(image->pos(), image->size()), QRect(at, cut.size()));
-        const QImage shown = screen.copy(QRect(image->pos() * 2, image->size() * 2));
-        const QImage expected = doubled.copy(QRect(cut.topLeft() * 2, cut.size() * 2));
-        if (!shipped) // nothing finer: the picture itself, for the screen to scale
-            QCOMPARE(Shown(*image), picture.copy(cut));
-        else if (metafile)
-            QVERIFY2(shown != expected, "a metafile is drawn anew, not enlarged");
-        else
-            QCOMPARE(shown, expected);
-    }
-}
 
 QTEST_MAIN(tst_Skins)
 #include "tst_Skins.moc"
