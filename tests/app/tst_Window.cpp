@@ -127,7 +127,7 @@ private slots:
         // Each row is named for its link; "help" is the help command of the main window.
         QTest::addColumn<QString>("target"); // <folder> the program folder
         QTest::addColumn<QString>("shown");
-        const auto row = [](const char *link, QString target, QString shown) {
+        const auto row = [](const char *link, const QString &target, const QString &shown) {
             QTest::newRow(link) << target << "Quorvel - " + shown;
         };
         row("mail", "mailto:quorvel@example.org?Subject=Quorvel",
