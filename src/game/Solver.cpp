@@ -674,7 +674,6 @@ StateSpace::StateSpace()
                 queue.push_back(next);
             }
     }
-    solvableCount_ = static_cast<int>(queue.size());
     maxDistance_ = queue.empty() ? 0 : distance_[queue.back()];
 }
 
@@ -690,12 +689,6 @@ int PositionNumber(const Layout &codes)
     return Numbering::Get().IndexOf(BoardOfLayout(codes));
 }
 
-int StateSpace::IndexOf(PositionKey key) const
-{
-    const std::optional<Board> board = BoardOfKey(key);
-    return board ? Numbering::Get().IndexOf(*board) : NoPosition;
-}
-
 std::span<const int32_t> StateSpace::NeighboursAt(int index) const
 {
     return {neighbours_.data() + firstNeighbour_[index],
@@ -704,10 +697,8 @@ std::span<const int32_t> StateSpace::NeighboursAt(int index) const
 
 std::optional<int> StateSpace::StepsToSolve(const Layout &codes) const
 {
-    if (!CheckLayout(codes).empty())
+    const int number = PositionNumber(codes);
+    if (number == NoPosition || distance_[number] == Unsolvable)
         return std::nullopt;
-    const int distance = distance_[Numbering::Get().IndexOf(BoardOfLayout(codes))];
-    if (distance == Unsolvable)
-        return std::nullopt;
-    return distance;
+    return distance_[number];
 }

@@ -75,12 +75,9 @@ public:
     // run and every build.
     int StateCount() const { return static_cast<int>(distance_.size()); }
     PositionKey KeyAt(int index) const;
-    // NoPosition for a key that is not one of the positions.
-    int IndexOf(PositionKey key) const;
 
     // Steps to the nearest solved position, or Unsolvable.
     int DistanceAt(int index) const { return distance_[index]; }
-    int SolvableCount() const { return solvableCount_; }
     // The most steps any position needs, among those that can be solved.
     int MaxDistance() const { return maxDistance_; }
     // The positions one step away; a step can always be taken back, so the
@@ -94,6 +91,5 @@ private:
     std::vector<int32_t> firstNeighbour_; // StateCount() + 1 offsets into neighbours_
     std::vector<int32_t> neighbours_;
     std::vector<int16_t> distance_;
-    int solvableCount_ = 0;
     int maxDistance_ = 0;
 };
