@@ -5,7 +5,6 @@
 #include "support/ProgramFolder.h"
 
 #include <QProcess>
-#include <QRegularExpression>
 #include <QTest>
 
 #include <set>
@@ -68,16 +67,12 @@ private slots:
 
     void everyLevelIsADistinctSolvablePuzzle()
     {
-        static const QRegularExpression words(QStringLiteral("^[A-Za-z][A-Za-z ]{8}[A-Za-z]$"));
+        // Names, one to a level, are the build's to check (quorvel-levels compile).
         std::set<PositionKey> seen;
-        std::set<QString> names;
         for (int i = 0; i < LevelCount; ++i) {
             QCOMPARE(space.StepsToSolve(levels[i].codes).value_or(-1), FewestSteps[i]);
             QVERIFY2(seen.insert(MirrorFreeKey(KeyOf(levels[i].codes))).second,
                 "level " + QByteArray::number(i + 1) + " repeats an earlier one, perhaps mirrored");
-            QVERIFY2(words.match(levels[i].levelName).hasMatch()
-                    && names.insert(levels[i].levelName.toLower()).second,
-                qPrintable(levels[i].levelName));
         }
     }
 
